@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# Usage: scripts/wine-session.sh BUILD_TREE COMMAND [ARGS...]
+#
+# Runs COMMAND with the build tree's private Wine prefix (BUILD_TREE/wineprefix,
+# never ~/.wine) and one virtual X display for the whole run. The prefix is
+# prepared once and reused. Every Wine and X process started here is ended
+# when the command ends, whatever its outcome.
+set -u
+if [ $# -lt 2 ]; then
+  echo "usage: $0 BUILD_TREE COMMAND [ARGS...]" >&2
+  exit 2
+fi
+tree=$(mkdir -p "$1" && cd "$1" && pwd)
+shift
+
+export WINEPREFIX="$tree/wineprefix"
+export WINEARCH=win64
+export WINEDEBUG="${WINEDEBUG:--all}"
+# No Mono/Gecko install prompts, no desktop menu entries.
+export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
+export WINE=/usr/lib/wine/wine64
+export WINESERVER=/usr/lib/wine/wineserver
+export VELK_WINE_SESSION=1
+
+xvfb_pid=
+displayfile=$(mktemp)
+cleanup() {
+  # Only this prefix's server: other Wine users on the machine are left alone.
+  "$WINESERVER" -k </dev/null >/dev/null 2>&1
+  if [ -n "$xvfb_pid" ]; then
+    kill "$xvfb_pid" 2>/dev/null
+    wait "$xvfb_pid" 2>/dev/null
+  fi
+  rm -f "$displayfile"
+}
+trap cleanup EXIT
+trap 'exit 130' INT TERM
+
+# One X display; -displayfd lets Xvfb pick a free number itself.
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -nolisten unix-abstract \
+  3>"$displayfile" </dev/null >/dev/null 2>&1 &
+xvfb_pid=$!
+for _ in $(seq 1 100); do
+  [ -s "$displayfile" ] && break
+  sleep 0.05
+done
+if [ ! -s "$displayfile" ]; then
+  echo "wine-session: Xvfb did not start" >&2
+  exit 1
+fi
+export DISPLAY=":$(head -n1 "$displayfile")"
+
+# The server and the boot get /dev/null on all three streams: the services
+# they spawn would otherwise hold the caller's pipes open and hang the run.
+if [ ! -f "$WINEPREFIX/system.reg" ]; then
+  echo "wine-session: preparing the Wine prefix $WINEPREFIX (once)"
+  "$WINE" wineboot -i </dev/null >/dev/null 2>&1
+  "$WINESERVER" -w </dev/null >/dev/null 2>&1
+fi
+"$WINESERVER" -p </dev/null >/dev/null 2>&1
+"$WINE" wineboot </dev/null >/dev/null 2>&1
+
+"$@"
