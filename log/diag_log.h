@@ -20,7 +20,8 @@ namespace velk::log {
 bool IsOpen() noexcept;
 
 // Opens the log at `base_path` plus the date (".YYYYMMDD" before the last
-// dot). A failed open leaves the log silent for good (no retry).
+// dot). A failed open leaves the log silent, without retrying, until the
+// next Open; the log never creates its folder.
 void Open(const std::wstring& base_path);
 
 // Closes the file; later calls are silent until the next Open.
@@ -28,6 +29,9 @@ void Close() noexcept;
 
 // The second debugger echo of every line (per-user [General] "HiddenFunc").
 void SetSecondEcho(bool on) noexcept;
+
+// The dated file most recently opened; empty before the first Open.
+std::wstring CurrentPath();
 
 // Appends one line: printf-style with a wide format; a "\n" is added.
 void Write(const wchar_t* format, ...) noexcept;
@@ -40,7 +44,8 @@ void AssertReport(const wchar_t* source, unsigned line, const wchar_t* function,
 }  // namespace velk::log
 
 // The logging call. Arguments are not even evaluated while the log is closed.
-#define VELK_LOG(...)                                              \
-    do {                                                           \
-        if (::velk::log::IsOpen()) ::velk::log::Write(__VA_ARGS__); \
+#define VELK_LOG(...)                        \
+    do {                                     \
+        if (::velk::log::IsOpen())           \
+            ::velk::log::Write(__VA_ARGS__); \
     } while (0)
