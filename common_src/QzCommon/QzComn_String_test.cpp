@@ -1,0 +1,94 @@
+#include "common_src/QzCommon/QzComn_String.h"
+
+#include <gtest/gtest.h>
+
+namespace QzCommon {
+namespace String {
+namespace {
+
+// Restores the library-wide buffer sizes whatever a test set.
+class StringHelpers : public ::testing::Test {
+protected:
+    ~StringHelpers() override {
+        SetInitialBufferSize(0);
+        SetBufferGrowthStep(0);
+    }
+    static void ExpectWhole(size_t length) {
+        const std::wstring text(length, L'x');
+        std::wstring out = L"old";
+        Format(out, L"%ls", text.c_str());
+        EXPECT_EQ(text, out) << "length " << length;
+    }
+};
+
+TEST_F(StringHelpers, FormatKeepsTextWholeAroundEveryBufferBoundary) {
+    // 255 characters fill the first 256-character buffer exactly; 256 needs
+    // the second pass, 511/512 the boundary after that.
+    for (size_t length : {0u, 255u, 256u, 511u, 512u, 3000u})
+        ExpectWhole(length);
+    std::wstring out;
+    Format(out, L"%u|%ls|%d", 4294967295u, L"mid", -7);
+    EXPECT_EQ(L"4294967295|mid|-7", out);
+
+    SetInitialBufferSize(4);
+    SetBufferGrowthStep(3);
+    EXPECT_EQ(4u, InitialBufferSize());
+    EXPECT_EQ(3u, BufferGrowthStep());
+    for (size_t length = 0; length < 20; ++length)
+        ExpectWhole(length);  // boundaries 3, 6, 9, ...
+    SetInitialBufferSize(0);
+    SetBufferGrowthStep(0);
+    EXPECT_EQ(256u, InitialBufferSize());
+    EXPECT_EQ(256u, BufferGrowthStep());
+}
+
+#ifndef _WIN32
+// A conversion the runtime refuses at every size ends as error 6 instead of
+// growing forever. (The C locale cannot convert a byte above 0x7F.)
+TEST_F(StringHelpers, FormatThatNeverFitsEndsAsError6FromTheStringModule) {
+    SetInitialBufferSize(kMaxBufferChars / 2);  // reach the cap in a few passes
+    SetBufferGrowthStep(kMaxBufferChars / 4);
+    std::wstring out = L"kept";
+    auto error = Capture<Exception>([&] { Format(out, L"%s", "\xff\xfe"); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(6u, error->m_dwErrorCode);
+    EXPECT_EQ("..\\..\\common_src\\QzCommon\\QzComn_String", error->m_strSourceFile);
+    EXPECT_EQ(L"kept", out);
+}
+#endif
+
+TEST(TrailingBackslash, AddsOrRemovesExactlyOne) {
+    std::wstring empty, drive = L"C:", dir = L"C:\\dir\\";
+    AddTrailingBackslash(empty);
+    AddTrailingBackslash(drive);
+    AddTrailingBackslash(dir);
+    EXPECT_EQ(
+        L""
+        L"|C:\\|C:\\dir\\",
+        empty + L"|" + drive + L"|" + dir);
+    RemoveTrailingBackslash(empty);
+    RemoveTrailingBackslash(dir);
+    RemoveTrailingBackslash(dir);
+    EXPECT_EQ(L"|C:\\dir", empty + L"|" + dir);  // one at a time
+}
+
+// A thrown pointer is owned once; other types pass through untouched (the
+// sanitizer's leak check sees any exception left behind).
+TEST(ExceptionOwnership, CaptureOwnsItsTypeAndLetsOthersThrough) {
+    EXPECT_FALSE(Capture<Storage::Exception>([] {}));
+    auto base =
+        Capture<QzCommon::Exception::Base>([] { throw new Storage::Exception(13, "f", 42); });
+    ASSERT_TRUE(base);
+    EXPECT_EQ(13u, base->m_dwErrorCode);
+    EXPECT_EQ(42u, dynamic_cast<Storage::Exception&>(*base).m_dwSourceLine);
+    try {
+        Capture<Storage::Exception>([] { throw new Exception(6, "f", 1); });
+        ADD_FAILURE() << "a String::Exception must pass through";
+    } catch (Exception* raw) {
+        EXPECT_EQ(6u, Own(raw)->m_dwErrorCode);
+    }
+}
+
+}  // namespace
+}  // namespace String
+}  // namespace QzCommon
