@@ -1,0 +1,218 @@
+#include "common_src/win32/QzResourceStringLoader.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <vector>
+
+#include "common_src/QzCommon/QzComn_test_util.h"
+#include "log/diag_log.h"
+
+namespace {
+
+using QzCommon::testing_util::TempFolder;
+using QzCommon::testing_util::TempKey;
+
+constexpr LCID kGerman = 0x0407, kSwissGerman = 0x0807, kEnglish = 0x0409, kJapanese = 0x0411;
+
+std::string Narrow(const std::wstring& text) {
+    return std::string(text.begin(), text.end());
+}
+
+// A locale-name source that knows a few names and records what it was asked.
+struct FakeNames {
+    std::map<LCID, std::wstring> names;
+    std::vector<LCID> asked;
+    std::function<int(LCID, LPWSTR, int)> Source() {
+        return [this](LCID lcid, LPWSTR out, int chars) {
+            asked.push_back(lcid);
+            auto it = names.find(lcid);
+            if (it == names.end())
+                return 0;
+            wcscpy_s(out, chars, it->second.c_str());
+            return static_cast<int>(it->second.size()) + 1;
+        };
+    }
+};
+
+// Pretends a system language over a resource tree of the test's own, with
+// the process log opened into the test's folder.
+class LoaderTest : public ::testing::Test {
+protected:
+    LoaderTest() {
+        kernel.names = {{kSwissGerman, L"de-CH"}, {kGerman, L"de-DE"}, {kJapanese, L"ja-JP"}};
+        velk::log::Open(logs.path() + L"loader.log");
+    }
+    ~LoaderTest() override { velk::log::Close(); }
+
+    QzLanguageEnvironment Pretend(LCID system, const std::wstring& root = L"") {
+        QzLanguageEnvironment env;
+        env.systemDefaultLcid = [system] { return system; };
+        env.lcidToLocaleName = kernel.Source();
+        env.downlevelLcidToLocaleName = downlevel.Source();
+        env.resourceRoot = root.empty() ? res.path() : root;
+        return env;
+    }
+    // UTF-16LE with a byte-order mark, as the shipped tables are stored.
+    void AddTable(const std::wstring& language, const std::wstring& body) {
+        std::string bytes = "\xFF\xFE";
+        for (wchar_t c : body)
+            bytes += {static_cast<char>(c & 0xFF), static_cast<char>(c >> 8)};
+        res.WriteFile(language + L"\\StringTable.ini", bytes);
+    }
+    // Every line must be in the log, whose file is closed (and so complete).
+    void ExpectLogged(std::initializer_list<std::wstring> lines) {
+        velk::log::Close();
+        const std::string log = logs.ReadFile(velk::log::CurrentPath().substr(logs.path().size()));
+        for (const std::wstring& line : lines)
+            EXPECT_NE(std::string::npos, log.find(Narrow(line))) << "not logged: " << Narrow(line);
+    }
+
+    TempFolder logs, res, empty;
+    FakeNames kernel, downlevel;
+};
+
+TEST_F(LoaderTest, SwissGermanLoadsGermanThenEnglishAndFailsWithoutEnglish) {
+    AddTable(L"de-DE", L"[Main]\r\nIDS_SIZE=Gr\u00f6\u00dfe\r\n");
+    AddTable(L"en-US", L"[Main]\r\nIDS_SIZE=Size\r\n");
+    QzResourceStringLoader swiss(Pretend(kSwissGerman));
+    ASSERT_TRUE(swiss.Initialize(L"Main"));
+    EXPECT_EQ(L"DE-DE", swiss.GetLanguage());  // the system's source upper-cases
+    EXPECT_STREQ(L"Gr\u00f6\u00dfe", swiss.LoadStringW(L"IDS_SIZE"));
+    // Primary language, default sub-language: 0x0807 -> 0x0407.
+    EXPECT_EQ((std::vector<LCID>{kSwissGerman, kGerman}), kernel.asked);
+    EXPECT_TRUE(downlevel.asked.empty());
+
+    QzResourceStringLoader japanese(Pretend(kJapanese));
+    ASSERT_TRUE(japanese.Initialize(L"Main"));
+    EXPECT_EQ(L"en-US", japanese.GetLanguage());
+
+    QzResourceStringLoader bare(Pretend(kSwissGerman, empty.path()));
+    EXPECT_FALSE(bare.Initialize(L"Main"));
+
+    const std::wstring root = res.path();
+    ExpectLogged({
+        L"[Enter] QzResourceStringLoader::Initialize()...",
+        L"Start mapping primary language ID due to <DE-CH> StringTable is not existed: [" + root +
+            L"DE-CH\\StringTable.ini]",
+        L"Successfully loaded MUI stringTable. Lang: [DE-DE], Section: [Main], File: [" + root +
+            L"DE-DE\\StringTable.ini]",
+        L"[Leave] QzResourceStringLoader::Initialize()...",
+        L"Using default language <en-US>: [" + root + L"en-US\\StringTable.ini]",
+        L"*** Error occurred!! <en-US> StringTable is not existed: [" + empty.path() +
+            L"en-US\\StringTable.ini]",
+    });
+}
+
+TEST_F(LoaderTest, DownlevelNamesAreKeptAsTheyAreAndLanguageMapIsTheLastSource) {
+    kernel.names.clear();
+    downlevel.names = {{kGerman, L"de-DE"}};
+    AddTable(L"de-DE", L"[Main]\r\n");
+    AddTable(L"fr-FR", L"[Main]\r\n");
+    res.WriteFile(L"LanguageMap.ini", "[LCID2NAME]\r\n1036=fr-FR\r\n");
+
+    QzResourceStringLoader german(Pretend(kGerman));
+    ASSERT_TRUE(german.Initialize(L"Main"));
+    EXPECT_EQ(L"de-DE", german.GetLanguage());
+    EXPECT_EQ((std::vector<LCID>{kGerman}), kernel.asked);  // asked first, had no answer
+
+    QzResourceStringLoader french(Pretend(0x040C));
+    ASSERT_TRUE(french.Initialize(L"Main"));
+    EXPECT_EQ(L"fr-FR", french.GetLanguage());
+
+    ExpectLogged({
+        L"Using LanguageMap.ini to perform language mapping, path: [" + res.path() +
+            L"LanguageMap.ini]",
+        L"<LanguageMap.ini> Matched Locale Name from [1036] to [fr-FR]",
+    });
+}
+
+TEST_F(LoaderTest, LoadStringExpandsEscapesAndKeepsMissingIdsAsEmptySuccesses) {
+    AddTable(L"en-US",
+             L"[Main]\r\nIDS_TWO=one\\ntwo\\r\\nthree\r\nIDS_PATH=C:\\temp\r\n"
+             L"[Other]\r\nIDS_TWO=other section\r\n");
+    QzResourceStringLoader loader(Pretend(kEnglish));
+    EXPECT_FALSE(loader.Initialize(L""));
+    ASSERT_TRUE(loader.Initialize(L"Main"));
+    EXPECT_STREQ(L"one\ntwo\r\nthree", loader.LoadStringW(L"IDS_TWO"));
+    EXPECT_EQ(L"one\ntwo\r\nthree", loader.GetLoadedString());
+    EXPECT_STREQ(L"C:\\temp", loader.LoadStringW(L"IDS_PATH"));
+
+    EXPECT_STREQ(L"", loader.LoadStringW(L"IDS_NOPE"));
+    EXPECT_TRUE(loader.IsStringLoaded());  // logged as a failure, flagged as loaded
+    EXPECT_STREQ(L"", loader.LoadStringW(nullptr));
+    EXPECT_FALSE(loader.IsStringLoaded());
+
+    ASSERT_TRUE(loader.Initialize(L"Other"));
+    EXPECT_STREQ(L"other section", loader.LoadStringW(L"IDS_TWO"));
+    loader.UnInitialize();
+    EXPECT_STREQ(L"", loader.LoadStringW(L"IDS_TWO"));
+
+    ExpectLogged({
+        L"*** Error! Get string failed. ID: [IDS_NOPE]",
+        L"*** QzCommon::Storage::Exception(): [0x000000a0]",  // the closed table's 160
+    });
+}
+
+TEST_F(LoaderTest, ResourceFolderFallsBackLikeTheTableButProbesTheFolder) {
+    res.MakeFolder(L"de-DE");  // a folder without a table is enough here
+    res.MakeFolder(L"en-US");
+    EXPECT_EQ(res.path() + L"DE-DE\\",
+              QzResourceStringLoader(Pretend(kSwissGerman)).GetResFolderByAutoDetectLanguage());
+    EXPECT_EQ(res.path() + L"en-US\\",
+              QzResourceStringLoader(Pretend(kJapanese)).GetResFolderByAutoDetectLanguage());
+    EXPECT_EQ(L"", QzResourceStringLoader(Pretend(kSwissGerman, empty.path()))
+                       .GetResFolderByAutoDetectLanguage());
+    ExpectLogged(
+        {L"Lang: [DE-DE], Resource Folder: [" + res.path() + L"DE-DE\\]",
+         L"*** Error occurred!! Resource folder is not existed: [" + empty.path() + L"en-US\\]"});
+}
+
+TEST_F(LoaderTest, DefaultsAreTheResourceFolderBesideTheModuleAndTheRealSystem) {
+    QzResourceStringLoader loader;
+    wchar_t exe[MAX_PATH] = {};
+    ::GetModuleFileNameW(nullptr, exe, MAX_PATH);
+    std::wstring folder = exe;
+    EXPECT_EQ(folder.erase(folder.rfind(L'\\') + 1) + L"..\\Resource\\", loader.GetResourcePath());
+    const std::wstring primary = loader.MapPrimaryLangID();  // e.g. "EN-US"
+    EXPECT_NE(std::wstring::npos, primary.find(L'-'));
+    EXPECT_EQ(std::wstring::npos, primary.find_first_of(L"abcdefghijklmnopqrstuvwxyz"));
+}
+
+TEST_F(LoaderTest, HelpAddressJoinsBaseProductLanguageAndFunctionFromThe64BitView) {
+    TempKey product(HKEY_LOCAL_MACHINE, KEY_WOW64_64KEY);
+    product.SetRaw(L"HelpUrl", REG_SZ, L"http://help.example/oe", 46);
+    product.SetRaw(L"Pid", REG_SZ, L"P100", 10);
+    TempKey only32(HKEY_LOCAL_MACHINE, KEY_WOW64_32KEY);
+    only32.SetRaw(L"HelpUrl", REG_SZ, L"http://h", 18);
+    only32.SetRaw(L"Pid", REG_SZ, L"P", 4);
+    auto writeIni = [&](const wchar_t* file, const TempKey& key) {
+        res.WriteFile(file, Narrow(L"[OnlinHelp]\r\nProductRootRegKey=" + key.path() +
+                                   L"\r\nURLKey=HelpUrl\r\nPIDKey=Pid\r\nSettings=F7\r\n"));
+        return res.path() + file;
+    };
+    AddTable(L"de-DE", L"[Main]\r\n");
+
+    std::wstring url = L"prefix:";
+    QzResourceStringLoader swiss(Pretend(kSwissGerman));
+    ASSERT_TRUE(swiss.GetVELK_OLH_URL(writeIni(L"help.ini", product), L"Settings", url));
+    EXPECT_EQ(L"prefix:http://help.example/oe/P100/DE-DE/F7/", url);
+
+    // Without any table the address still names a language.
+    url.clear();
+    QzResourceStringLoader japanese(Pretend(kJapanese, empty.path()));
+    ASSERT_TRUE(japanese.GetVELK_OLH_URL(res.path() + L"help.ini", L"Missing", url));
+    EXPECT_EQ(L"http://help.example/oe/P100/en-US/", url);
+
+    // A key only a 32-bit program would see, or none at all: no address.
+    url = L"unchanged";
+    EXPECT_FALSE(swiss.GetVELK_OLH_URL(writeIni(L"help32.ini", only32), L"Settings", url));
+    res.WriteFile(L"none.ini", "[OnlinHelp]\r\n");
+    EXPECT_FALSE(swiss.GetVELK_OLH_URL(res.path() + L"none.ini", L"Settings", url));
+    EXPECT_EQ(L"unchanged", url);
+
+    ExpectLogged({L"!!! Get FunID failed: from=[" + res.path() + L"help.ini], result=[]",
+                  L"*** QzCommon::Storage::Exception(): [0x00000002]"});
+}
+
+}  // namespace
