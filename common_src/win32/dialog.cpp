@@ -1,0 +1,147 @@
+#include "common_src/win32/dialog.h"
+
+#include <exception>
+
+#include "common_src/win32/window.h"
+#include "log/diag_log.h"
+
+namespace velk::win32 {
+namespace {
+
+// Messages whose answer a dialog procedure returns itself instead of
+// through DWLP_MSGRESULT.
+bool AnswersDirectly(UINT msg) noexcept {
+    switch (msg) {
+        case WM_INITDIALOG:
+        case WM_CTLCOLORMSGBOX:
+        case WM_CTLCOLOREDIT:
+        case WM_CTLCOLORLISTBOX:
+        case WM_CTLCOLORBTN:
+        case WM_CTLCOLORDLG:
+        case WM_CTLCOLORSCROLLBAR:
+        case WM_CTLCOLORSTATIC:
+        case WM_COMPAREITEM:
+        case WM_VKEYTOITEM:
+        case WM_CHARTOITEM:
+        case WM_QUERYDRAGICON:
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+Dialog::~Dialog() {
+    if (hwnd_ != nullptr && !modal_) {
+        HWND hwnd = hwnd_;
+        ::SetWindowLongPtrW(hwnd, DWLP_USER, 0);
+        hwnd_ = nullptr;
+        ::DestroyWindow(hwnd);
+    }
+}
+
+HWND Dialog::CreateModeless(HINSTANCE resources, int template_id, HWND parent) {
+    if (hwnd_ != nullptr)
+        return nullptr;
+    modal_ = false;
+    return ::CreateDialogParamW(resources, MAKEINTRESOURCEW(template_id), parent, &StaticProc,
+                                reinterpret_cast<LPARAM>(this));
+}
+
+HWND Dialog::CreateModelessIndirect(const DLGTEMPLATE* dialog_template, HWND parent,
+                                    HINSTANCE instance) {
+    if (hwnd_ != nullptr)
+        return nullptr;
+    modal_ = false;
+    return ::CreateDialogIndirectParamW(instance != nullptr ? instance : ThisModule(),
+                                        dialog_template, parent, &StaticProc,
+                                        reinterpret_cast<LPARAM>(this));
+}
+
+INT_PTR Dialog::DoModal(HINSTANCE resources, int template_id, HWND parent) {
+    if (hwnd_ != nullptr)
+        return -1;
+    modal_ = true;
+    return ::DialogBoxParamW(resources, MAKEINTRESOURCEW(template_id), parent, &StaticProc,
+                             reinterpret_cast<LPARAM>(this));
+}
+
+INT_PTR Dialog::DoModalIndirect(const DLGTEMPLATE* dialog_template, HWND parent,
+                                HINSTANCE instance) {
+    if (hwnd_ != nullptr)
+        return -1;
+    modal_ = true;
+    return ::DialogBoxIndirectParamW(instance != nullptr ? instance : ThisModule(), dialog_template,
+                                     parent, &StaticProc, reinterpret_cast<LPARAM>(this));
+}
+
+void Dialog::Close(INT_PTR code) noexcept {
+    if (hwnd_ == nullptr)
+        return;
+    if (modal_) {
+        ::EndDialog(hwnd_, code);
+    } else {
+        ::DestroyWindow(hwnd_);
+    }
+}
+
+Dialog* Dialog::FromHandle(HWND hwnd) noexcept {
+    if (hwnd == nullptr)
+        return nullptr;
+    if (reinterpret_cast<DLGPROC>(::GetWindowLongPtrW(hwnd, DWLP_DLGPROC)) != &StaticProc) {
+        return nullptr;
+    }
+    return reinterpret_cast<Dialog*>(::GetWindowLongPtrW(hwnd, DWLP_USER));
+}
+
+INT_PTR CALLBACK Dialog::StaticProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    Dialog* self = nullptr;
+    if (msg == WM_INITDIALOG) {
+        self = reinterpret_cast<Dialog*>(lp);
+        if (self != nullptr) {
+            self->hwnd_ = hwnd;
+            ::SetWindowLongPtrW(hwnd, DWLP_USER, reinterpret_cast<LONG_PTR>(self));
+        }
+    } else {
+        self = reinterpret_cast<Dialog*>(::GetWindowLongPtrW(hwnd, DWLP_USER));
+    }
+    // Messages before WM_INITDIALOG (WM_SETFONT) and after WM_NCDESTROY.
+    if (self == nullptr)
+        return msg == WM_INITDIALOG ? TRUE : FALSE;
+    return Dispatch(self, hwnd, msg, wp, lp);
+}
+
+INT_PTR Dialog::Dispatch(Dialog* self, HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    LRESULT result = 0;
+    bool handled = false;
+    try {
+        handled = self->ProcessMessage(msg, wp, lp, result);
+    } catch (const std::exception& e) {
+        VELK_LOG(L"@@@ Error : exception \"%hs\" in dialog %p, message 0x%04x", e.what(), hwnd,
+                 msg);
+        handled = false;
+    } catch (...) {
+        VELK_LOG(L"@@@ Error : unknown exception in dialog %p, message 0x%04x", hwnd, msg);
+        handled = false;
+    }
+    if (msg == WM_NCDESTROY) {
+        ::SetWindowLongPtrW(hwnd, DWLP_USER, 0);
+        self->hwnd_ = nullptr;
+        try {
+            self->OnFinalMessage(hwnd);
+        } catch (...) {
+            VELK_LOG(L"@@@ Error : exception in the final message of dialog %p", hwnd);
+        }
+        return FALSE;
+    }
+    // `self` may be gone from here on (see Window::Dispatch).
+    if (!handled)
+        return msg == WM_INITDIALOG ? TRUE : FALSE;
+    if (AnswersDirectly(msg))
+        return static_cast<INT_PTR>(result);
+    ::SetWindowLongPtrW(hwnd, DWLP_MSGRESULT, result);
+    return TRUE;
+}
+
+}  // namespace velk::win32
