@@ -1,0 +1,261 @@
+#include "actions/msg_action_queue.h"
+
+#include <process.h>
+
+#include <cstdint>
+
+#include "actions/record_decode.h"
+#include "log/diag_log.h"
+
+namespace velk::actions {
+
+using win32::unique_event;
+
+namespace {
+
+// A full deque keeps the sender waiting this long per step ...
+constexpr DWORD kFullWaitMs = 100;
+// ... and gives up when the retry count exceeds this: 21 waits, about 2.1 s.
+constexpr std::uint8_t kMaxFullRetries = 20;
+constexpr DWORD kWorkerPollMs = 100;
+constexpr DWORD kStopWaitMs = 3000;
+
+// Polls with a zero time-out; on an auto-reset event a hit also clears it.
+bool Signalled(HANDLE event) {
+    return ::WaitForSingleObject(event, 0) == WAIT_OBJECT_0;
+}
+
+unique_event Duplicate(HANDLE event) {
+    HANDLE copy = nullptr;
+    const HANDLE self = ::GetCurrentProcess();
+    if (!::DuplicateHandle(self, event, self, &copy, 0, FALSE, DUPLICATE_SAME_ACCESS))
+        return unique_event();
+    return unique_event(copy);
+}
+
+}  // namespace
+
+struct CMsgActionQueue::Shared {
+    explicit Shared(const StoreFactory& factory) : ops(queues, factory) {}
+    CMsgRequestQueues queues;
+    CFolderMsgOps ops;
+    // The worker's own handles to the component's events.
+    unique_event stop, clone, move, del;
+};
+
+struct CMsgActionQueue::WorkerStart {
+    std::shared_ptr<Shared> shared;
+    // Keeps the add-in loaded while the worker runs, even past a Stop that
+    // gave up waiting for it.
+    HMODULE pin = nullptr;
+};
+
+CMsgActionQueue::CMsgActionQueue(win32::critical_section& windowLock, StoreFactory factory)
+    : m_windowLock(windowLock),
+      m_factory(std::move(factory)),
+      m_shared(std::make_shared<Shared>(m_factory)) {}
+
+CMsgActionQueue::~CMsgActionQueue() {
+    Stop();
+}
+
+CMsgRequestQueues& CMsgActionQueue::Queues() noexcept {
+    return m_shared->queues;
+}
+CFolderMsgOps& CMsgActionQueue::Operations() noexcept {
+    return m_shared->ops;
+}
+
+bool CMsgActionQueue::Start() {
+    if (m_hThread)
+        return true;
+    try {
+        return StartWorker();
+    } catch (...) {
+        VELK_LOG(L"@@@ Exception Catched in Function: %s", L"CMsgActionQueue::Start");
+        Stop();
+        return false;
+    }
+}
+
+bool CMsgActionQueue::StartWorker() {
+    // A worker that outlived an earlier Stop keeps its own state; a new one
+    // starts from fresh deques.
+    if (m_shared.use_count() > 1)
+        m_shared = std::make_shared<Shared>(m_factory);
+
+    for (unique_event* event : {&m_hStopEvent, &m_hCloneEvent, &m_hMoveEvent, &m_hDeleteEvent}) {
+        event->reset(::CreateEventW(nullptr, FALSE, FALSE, nullptr));
+        if (!*event) {
+            VELK_LOG(L"@@@ Error : CreateEvent for the message actions failed (%lu)",
+                     ::GetLastError());
+            Stop();
+            return false;
+        }
+    }
+    m_shared->queues.Clear();
+    m_shared->stop = Duplicate(m_hStopEvent.get());
+    m_shared->clone = Duplicate(m_hCloneEvent.get());
+    m_shared->move = Duplicate(m_hMoveEvent.get());
+    m_shared->del = Duplicate(m_hDeleteEvent.get());
+    if (!m_shared->stop || !m_shared->clone || !m_shared->move || !m_shared->del) {
+        VELK_LOG(L"@@@ Error : DuplicateHandle for the message worker failed (%lu)",
+                 ::GetLastError());
+        Stop();
+        return false;
+    }
+
+    auto start = std::make_unique<WorkerStart>();
+    start->shared = m_shared;
+    ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                         reinterpret_cast<LPCWSTR>(&CMsgActionQueue::ThreadFuncMsgProcess),
+                         &start->pin);
+    const uintptr_t thread = ::_beginthreadex(nullptr, 0, &CMsgActionQueue::ThreadFuncMsgProcess,
+                                              start.get(), 0, nullptr);
+    if (thread == 0) {
+        VELK_LOG(L"@@@ Error : _beginthreadex for ThreadFuncMsgProcess failed");
+        if (start->pin)
+            ::FreeLibrary(start->pin);
+        Stop();
+        return false;
+    }
+    start.release();  // the worker owns it now
+    m_hThread.reset(reinterpret_cast<HANDLE>(thread));
+    return true;
+}
+
+void CMsgActionQueue::RequestStop() {
+    if (m_hStopEvent)
+        ::SetEvent(m_hStopEvent.get());
+}
+
+bool CMsgActionQueue::Stop() {
+    RequestStop();
+    bool ended = true;
+    if (m_hThread) {
+        ended = ::WaitForSingleObject(m_hThread.get(), kStopWaitMs) == WAIT_OBJECT_0;
+        if (!ended)
+            VELK_LOG(L"!!! ThreadFuncMsgProcess did not end within %lu ms", kStopWaitMs);
+    }
+    // Closed either way; a worker still running holds its own duplicates.
+    m_hStopEvent.reset();
+    m_hMoveEvent.reset();
+    m_hCloneEvent.reset();
+    m_hDeleteEvent.reset();
+    m_hThread.reset();
+    return ended;
+}
+
+unsigned __stdcall CMsgActionQueue::ThreadFuncMsgProcess(void* arg) {
+    auto* start = static_cast<WorkerStart*>(arg);
+    const HMODULE pin = start->pin;
+    try {
+        const std::shared_ptr<Shared> shared = std::move(start->shared);
+        delete start;
+        start = nullptr;
+        Shared& s = *shared;
+
+        VELK_LOG(L"[ThreadFuncMsgProcess] IN");
+        {
+            win32::com_apartment apartment(COINIT_APARTMENTTHREADED);
+            for (;;) {
+                // Clone, move, delete: the order of each pass is fixed. A
+                // deque is drained only in a pass that found its event set.
+                if (Signalled(s.clone.get()) && !s.queues.m_ovMsgCopyDataForClone.Empty()) {
+                    while (!Signalled(s.stop.get()) && !s.queues.m_ovMsgCopyDataForClone.Empty())
+                        s.ops.ProcCloneMsg();
+                }
+                if (Signalled(s.move.get()) && !s.queues.m_ovMsgCopyDataForMove.Empty()) {
+                    while (!Signalled(s.stop.get()) && !s.queues.m_ovMsgCopyDataForMove.Empty())
+                        s.ops.ProcMoveMsg();
+                }
+                if (Signalled(s.del.get()) && !s.queues.m_ovMsgCopyDataForDelete.Empty()) {
+                    while (!Signalled(s.stop.get()) && !s.queues.m_ovMsgCopyDataForDelete.Empty())
+                        s.ops.ProcDeleteMsg();
+                }
+                // A failed wait ends the worker too: it could never be stopped.
+                if (::WaitForSingleObject(s.stop.get(), kWorkerPollMs) != WAIT_TIMEOUT)
+                    break;
+            }
+        }
+        VELK_LOG(L"[ThreadFuncMsgProcess] OUT");
+    } catch (...) {
+        delete start;
+        VELK_LOG(L"@@@ Exception Catched in Function: %s", L"ThreadFuncMsgProcess");
+    }
+    if (pin)
+        ::FreeLibraryAndExitThread(pin, 0);
+    return 0;
+}
+
+bool CMsgActionQueue::PushCloneRequest(const CloneMsgRequest& request) {
+    return m_shared->queues.m_ovMsgCopyDataForClone.Push(request);
+}
+bool CMsgActionQueue::PushMoveRequest(const MoveMsgRequest& request) {
+    return m_shared->queues.m_ovMsgCopyDataForMove.Push(request);
+}
+bool CMsgActionQueue::PushDeleteRequest(const DeleteMsgRequest& request) {
+    return m_shared->queues.m_ovMsgCopyDataForDelete.Push(request);
+}
+
+template <class Record, class Push>
+void CMsgActionQueue::Receive(const Record& record, Push push, HANDLE workEvent,
+                              const wchar_t* fullLine) {
+    if (!push(record)) {
+        std::uint8_t retries = 0;
+        do {
+            ::SetEvent(workEvent);
+            VELK_LOG(L"%s", fullLine);
+            if (::WaitForSingleObject(m_hStopEvent.get(), kFullWaitMs) == WAIT_OBJECT_0)
+                break;
+            if (++retries > kMaxFullRetries)
+                break;
+        } while (!push(record));
+    }
+    ::SetEvent(workEvent);
+}
+
+BOOL CMsgActionQueue::OnCopyData(HWND pWnd, const COPYDATASTRUCT* pCopyDataStruct) {
+    try {
+        win32::cs_guard lock(m_windowLock);
+        if (!pCopyDataStruct)
+            return FALSE;
+        const void* data = pCopyDataStruct->lpData;
+        const std::size_t size = pCopyDataStruct->cbData;
+        switch (pCopyDataStruct->dwData) {
+            case COPYDATA_CLONE_MSG:
+                Receive(
+                    DecodeRecord<CloneMsgRequest>(data, size),
+                    [this](const CloneMsgRequest& r) { return PushCloneRequest(r); },
+                    m_hCloneEvent.get(),
+                    L"!!! COPY_DATA: m_ovMsgCopyDataForClone deque is full, waiting...");
+                break;
+            case COPYDATA_MOVE_MSG:
+                Receive(
+                    DecodeRecord<MoveMsgRequest>(data, size),
+                    [this](const MoveMsgRequest& r) { return PushMoveRequest(r); },
+                    m_hMoveEvent.get(),
+                    L"!!! COPY_DATA: m_ovMsgCopyDataForMove deque is full, waiting...");
+                break;
+            case COPYDATA_DELETE_MSG: {
+                const auto request = DecodeRecord<DeleteMsgRequest>(data, size);
+                if (request.bDeleteAllSpam != 0) {
+                    m_shared->ops.ProcDeleteAllSpamMsg(request);
+                } else {
+                    Receive(
+                        request, [this](const DeleteMsgRequest& r) { return PushDeleteRequest(r); },
+                        m_hDeleteEvent.get(),
+                        L"!!! COPY_DATA: m_ovMsgCopyDataForDelete deque is full, waiting...");
+                }
+                break;
+            }
+            default:
+                break;  // not ours
+        }
+    } catch (...) {
+        VELK_LOG(L"@@@ Exception Catched in Function: %s", L"CToolBarWnd::OnCopyData");
+    }
+    return FALSE;
+}
+
+}  // namespace velk::actions
