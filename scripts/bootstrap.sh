@@ -14,6 +14,7 @@ needs=(
   "binutils-mingw-w64-x86-64:/usr/bin/x86_64-w64-mingw32-windres"
   "mingw-w64-x86-64-dev:/usr/share/mingw-w64/include/windows.h"
   "wine64:/usr/lib/wine/wine64"
+  "fonts-wine:/usr/share/wine/fonts/tahoma.ttf"
   "xvfb:/usr/bin/Xvfb"
   "xauth:/usr/bin/xauth"
   "x11-utils:/usr/bin/xwininfo"

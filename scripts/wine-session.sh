@@ -59,5 +59,11 @@ if [ ! -f "$WINEPREFIX/system.reg" ]; then
 fi
 "$WINESERVER" -p </dev/null >/dev/null 2>&1
 "$WINE" wineboot </dev/null >/dev/null 2>&1
+# With no window manager on the virtual display, Wine waits about 2 s each time
+# a visible captioned window is destroyed unless its windows are unmanaged.
+if [ ! -f "$WINEPREFIX/.velk-unmanaged" ]; then
+  "$WINE" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f </dev/null >/dev/null 2>&1 &&
+    touch "$WINEPREFIX/.velk-unmanaged"
+fi
 
 "$@"

@@ -1,0 +1,484 @@
+// The demo run: a copy of the staged installation with the diagnostic log
+// on, the sample mailbox in the store stand-in, the mail-client stand-in with
+// the add-in (and the probe), the scanning-process stand-in playing the
+// scenario's session, a screenshot, a real click on Report Spam, the client's
+// close; then the summary, read from what the run left on disk only.
+#include "demo/driver/demo_run.h"
+
+#include <windows.h>
+#include <shlobj.h>
+
+#include <algorithm>
+#include <cstring>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "common_src/win32/handles.h"
+#include "demo/driver/child_process.h"
+#include "demo/driver/remote_window.h"
+#include "demo/driver/screen_shot.h"
+#include "demo/mailbox.h"
+#include "demo/probe/probe_protocol.h"
+#include "demo/run_records.h"
+#include "demo/scenario.h"
+#include "demo/summary.h"
+
+namespace velk::demo {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Fixed by the add-in and the real client; the demo looks for them.
+constexpr wchar_t kBrowserClass[] = L"Outlook Express Browser Class";
+constexpr wchar_t kScannerTitle[] = L"{5B0E7C21-93D4-4A6F-8B12-C4E97A1D2F58}";
+constexpr UINT kBandId = 3339;
+constexpr int kReportSpamId = 6011;
+constexpr unsigned kReportSpamMessage = 17;  // WM_USER + 17, posted to the scanning process
+
+// The client runs under this name so that Wine's per-program settings
+// (version, window management) touch no other program of the prefix.
+constexpr wchar_t kClientName[] = L"demo_client.exe";
+
+std::string Utf8(const std::wstring& text) {
+    if (text.empty())
+        return std::string();
+    int n = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr,
+                                  0, nullptr, nullptr);
+    std::string out(static_cast<std::size_t>(n), '\0');
+    ::WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), out.data(), n,
+                          nullptr, nullptr);
+    return out;
+}
+
+// Files another process may still be writing: shared read.
+std::string ReadText(const std::wstring& path) {
+    win32::unique_file file(::CreateFileW(path.c_str(), GENERIC_READ,
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                          nullptr, OPEN_EXISTING, 0, nullptr));
+    std::string text;
+    if (!file)
+        return text;
+    char buffer[8192];
+    DWORD got = 0;
+    while (::ReadFile(file.get(), buffer, sizeof buffer, &got, nullptr) && got)
+        text.append(buffer, got);
+    return text;
+}
+
+bool WriteText(const std::wstring& path, const std::string& text) {
+    std::ofstream out(fs::path(path), std::ios::binary | std::ios::trunc);
+    out << text;
+    return static_cast<bool>(out.flush());
+}
+
+std::size_t CountLinesStarting(const std::string& text, const std::string& head) {
+    std::size_t count = 0;
+    for (std::size_t pos = 0; pos < text.size();) {
+        if (text.compare(pos, head.size(), head) == 0)
+            ++count;
+        std::size_t nl = text.find('\n', pos);
+        pos = nl == std::string::npos ? text.size() : nl + 1;
+    }
+    return count;
+}
+
+double Seconds(LARGE_INTEGER from, LARGE_INTEGER to) {
+    LARGE_INTEGER f;
+    ::QueryPerformanceFrequency(&f);
+    return static_cast<double>(to.QuadPart - from.QuadPart) / static_cast<double>(f.QuadPart);
+}
+
+LARGE_INTEGER Now() {
+    LARGE_INTEGER t;
+    ::QueryPerformanceCounter(&t);
+    return t;
+}
+
+std::uint64_t UnixNow() {
+    FILETIME ft;
+    ::GetSystemTimeAsFileTime(&ft);
+    ULARGE_INTEGER t{};
+    t.LowPart = ft.dwLowDateTime;
+    t.HighPart = ft.dwHighDateTime;
+    return (t.QuadPart - 116444736000000000ull) / 10000000ull;
+}
+
+bool SetRegistryString(HKEY root, const std::wstring& key, const wchar_t* name,
+                       const std::wstring* value) {
+    win32::unique_hkey k;
+    if (::RegCreateKeyExW(root, key.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, k.put(),
+                          nullptr) != ERROR_SUCCESS) {
+        return false;
+    }
+    if (!value) {
+        LONG rc = ::RegDeleteValueW(k.get(), name);
+        return rc == ERROR_SUCCESS || rc == ERROR_FILE_NOT_FOUND;
+    }
+    return ::RegSetValueExW(k.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value->c_str()),
+                            static_cast<DWORD>((value->size() + 1) * sizeof(wchar_t))) ==
+           ERROR_SUCCESS;
+}
+
+// A top-level window of `process` found by class or title.
+HWND FindProcessWindow(DWORD process, const wchar_t* class_name, const wchar_t* title) {
+    for (HWND w = ::FindWindowExW(nullptr, nullptr, class_name, title); w;
+         w = ::FindWindowExW(nullptr, w, class_name, title)) {
+        DWORD owner = 0;
+        ::GetWindowThreadProcessId(w, &owner);
+        if (owner == process)
+            return w;
+    }
+    return nullptr;
+}
+
+class Run {
+public:
+    explicit Run(const DemoConfig& config) : config_(config) {
+        out_ = fs::path(config.out).lexically_normal().wstring();
+        install_ = out_ + L"\\install";
+        mailbox_ = out_ + L"\\mailbox";
+        before_ = out_ + L"\\mailbox-before";
+        journal_ = out_ + L"\\store-journal.txt";
+        events_ = out_ + L"\\client-events.txt";
+        scanner_report_ = out_ + L"\\scanner-report.txt";
+        scanner_log_ = out_ + L"\\scanner-messages.txt";
+        session_ = out_ + L"\\session.txt";
+        client_exe_ = out_ + L"\\bin\\" + kClientName;
+    }
+
+    int Go() {
+        start_time_ = UnixNow();
+        if (!fs::exists(fs::path(config_.dist) / L"bin" / L"VELK_OEA.dll")) {
+            std::printf("demo: %s\\bin\\VELK_OEA.dll is missing: the add-in is not built yet\n",
+                        Utf8(config_.dist).c_str());
+            return kDemoNoAddin;
+        }
+        // Once the client runs, every step is tried, so that a failed one
+        // still leaves the others' evidence behind.
+        if (Prepare() && StartClient()) {
+            PlaySession();
+            ShowAndShoot();
+            PressReportSpam();
+        }
+        Close();
+        end_time_ = UnixNow();
+        CollectLogs();
+        return Report() ? kDemoOk : kDemoFailed;
+    }
+
+private:
+    bool Problem(const std::string& text) {
+        problems_.push_back(text);
+        return false;
+    }
+
+    // ---- before the client starts ----
+
+    bool Prepare() {
+        std::error_code ec;
+        fs::create_directories(fs::path(out_) / L"bin", ec);
+        // The installation as staged, with the diagnostic log switched on.
+        fs::copy(config_.dist, install_, fs::copy_options::recursive, ec);
+        if (ec)
+            return Problem("cannot copy the staged installation: " + ec.message());
+        const std::wstring ini = install_ + L"\\bin\\VELK_OE.ini";
+        wchar_t debug[8] = {};
+        if (!::WritePrivateProfileStringW(L"General", L"Debug", L"1", ini.c_str()) ||
+            ::GetPrivateProfileStringW(L"General", L"Debug", L"", debug, 8, ini.c_str()) != 1 ||
+            debug[0] != L'1') {
+            return Problem("cannot switch the log on in " + Utf8(ini));
+        }
+
+        std::string error;
+        const std::string text = ReadText(config_.source + L"\\scenario.txt");
+        if (!ParseScenario(text, scenario_, error))
+            return Problem("scenario.txt: " + error);
+        if (!StageMailbox(scenario_, config_.source + L"\\mailbox", before_, staged_, error) ||
+            !StageMailbox(scenario_, config_.source + L"\\mailbox", mailbox_, staged_, error)) {
+            return Problem("staging the mailbox: " + error);
+        }
+        if (!WriteText(session_, SessionScript(scenario_)))
+            return Problem("cannot write " + Utf8(session_));
+
+        // The store stand-in as the scanning process's installation would
+        // leave it: registered in the prefix.
+        win32::unique_hmodule store(::LoadLibraryW(config_.store_dll.c_str()));
+        auto reg = store ? reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(reinterpret_cast<void*>(
+                               ::GetProcAddress(store.get(), "DllRegisterServer")))
+                         : nullptr;
+        if (!reg || FAILED(reg()))
+            return Problem("cannot register the store stand-in " + Utf8(config_.store_dll));
+
+        // A first start for the demo's identity: its folder is new, with the
+        // log folder the log needs (the log does not create it).
+        wchar_t common[MAX_PATH];
+        if (FAILED(::SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, common)))
+            return Problem("no common application data folder");
+        user_folder_ = std::wstring(common) + L"\\Nuvexa\\OE\\Users\\" + config_.identity;
+        fs::remove_all(user_folder_, ec);
+        fs::create_directories(user_folder_ + L"\\log", ec);
+        if (ec)
+            return Problem("cannot create " + Utf8(user_folder_) + "\\log");
+
+        if (!::CopyFileW(config_.client_exe.c_str(), client_exe_.c_str(), FALSE))
+            return Problem("cannot copy the client stand-in");
+        const std::wstring app = std::wstring(L"Software\\Wine\\AppDefaults\\") + kClientName;
+        // Without a window manager Wine waits for one at each close of a
+        // managed window; the client's windows are not managed.
+        const std::wstring no = L"N", xp64 = L"winxp64";
+        if (!SetRegistryString(HKEY_CURRENT_USER, app + L"\\X11 Driver", L"Managed", &no) ||
+            !SetRegistryString(HKEY_CURRENT_USER, app, L"Version",
+                               config_.mode == L"oe" ? &xp64 : nullptr)) {
+            return Problem("cannot write Wine's settings for the client");
+        }
+        return true;
+    }
+
+    // ---- the client with the add-in ----
+
+    bool StartClient() {
+        ::SetEnvironmentVariableW(kProbeMailboxVariable, mailbox_.c_str());
+        ::SetEnvironmentVariableW(kProbeJournalVariable, journal_.c_str());
+        const std::wstring mode = config_.mode == L"wmail" ? L"wmail" : L"auto";
+        const std::wstring command = QuoteArgument(client_exe_) + L" --addin " +
+                                     QuoteArgument(install_ + L"\\bin\\VELK_OEA.dll") +
+                                     L" --addin " + QuoteArgument(config_.probe_dll) + L" --mode " +
+                                     mode + L" --identity " + config_.identity +
+                                     L" --run set-browser --events " + QuoteArgument(events_) +
+                                     L" --exit-after 90000";
+        DWORD error = 0;
+        client_start_ = Now();
+        if (!client_.Start(command, error))
+            return Problem("cannot start the client stand-in, error " + std::to_string(error));
+
+        // Ready: the band with Report Spam in the client's rebar, and the
+        // probe with the store pointed at the mailbox.
+        std::string probe_error;
+        const bool ready = WaitUntil(
+            [&] {
+                if (!client_.Running())
+                    return true;
+                if (!browser_)
+                    browser_ = FindProcessWindow(client_.id(), kBrowserClass, nullptr);
+                if (browser_ && !band_seen_ && ClientHasBand(browser_, kBandId) &&
+                    (report_spam_ = FindDescendantById(browser_, kReportSpamId)) != nullptr &&
+                    ::IsWindowVisible(report_spam_)) {
+                    band_seen_ = true;
+                    band_time_ = Seconds(client_start_, Now());
+                }
+                const std::string journal = ReadText(journal_);
+                if (journal.rfind("error: ", 0) == 0)
+                    probe_error = journal;
+                probe_ = FindProcessWindow(client_.id(), kProbeWindowClass, nullptr);
+                return !probe_error.empty() || (band_seen_ && probe_);
+            },
+            20000);
+        if (!probe_error.empty())
+            return Problem("the probe in the client: " + probe_error);
+        if (!client_.Running())
+            return Problem("the client ended during its start (see client-events.txt)");
+        if (!ready || !band_seen_)
+            return Problem(browser_ ? "no band with Report Spam in the client after 20 s"
+                                    : "no client window after 20 s");
+        if (!probe_)
+            return Problem("the probe did not start in the client");
+        return true;
+    }
+
+    // ---- the scanning process's session ----
+
+    bool PlaySession() {
+        const std::wstring command = QuoteArgument(config_.scanner_exe) + L" --report " +
+                                     QuoteArgument(scanner_report_) +
+                                     L" --wait 5000 listen --log " + QuoteArgument(scanner_log_) +
+                                     L" --script " + QuoteArgument(session_);
+        DWORD error = 0;
+        if (!scanner_.Start(command, error))
+            return Problem("cannot start the scanning process stand-in, error " +
+                           std::to_string(error));
+        std::size_t requests = 0;
+        for (const Action& a : scenario_.session)
+            requests += a.kind == ActionKind::kSleep ? 0 : 1;
+
+        const bool sent = WaitUntil(
+            [&] {
+                const std::string report = ReadText(scanner_report_);
+                return !scanner_.Running() || CountLinesStarting(report, "summary ") > 0 ||
+                       CountLinesStarting(report, "error: ") > 0 ||
+                       (requests == 0 && FindProcessWindow(scanner_.id(), nullptr, kScannerTitle));
+            },
+            30000);
+        const SendReport report = ParseSendReport(ReadText(scanner_report_));
+        if (!sent || !report.errors.empty() || report.sends != requests) {
+            return Problem("the scanning process sent " + std::to_string(report.sends) + " of " +
+                           std::to_string(requests) + " requests" +
+                           (report.errors.empty() ? std::string() : ": " + report.errors[0]));
+        }
+        // Each request opens the store once; the worker is done when all
+        // have and the journal has been still for a while.
+        std::string last;
+        LARGE_INTEGER still_since = Now();
+        const bool settled = WaitUntil(
+            [&] {
+                const std::string journal = ReadText(journal_);
+                if (journal != last) {
+                    last = journal;
+                    still_since = Now();
+                    return false;
+                }
+                return CountLinesStarting(journal, "CreateInstance(") >= requests &&
+                       journal.find(" -> pending") == std::string::npos &&
+                       Seconds(still_since, Now()) >= 0.5;
+            },
+            15000);
+        if (!settled)
+            return Problem("the add-in did not finish the session's requests within 15 s");
+        return true;
+    }
+
+    // ---- the screenshot and the click ----
+
+    void ShowAndShoot() {
+        if (scenario_.show_folder) {
+            const std::wstring name = Utf8ToWide(scenario_.FolderName(scenario_.show_folder));
+            std::vector<BYTE> data(sizeof(std::uint32_t) + name.size() * sizeof(wchar_t));
+            std::memcpy(data.data(), &scenario_.show_folder, sizeof(std::uint32_t));
+            std::memcpy(data.data() + sizeof(std::uint32_t), name.data(),
+                        name.size() * sizeof(wchar_t));
+            COPYDATASTRUCT cds{kProbeShowFolder, static_cast<DWORD>(data.size()), data.data()};
+            DWORD_PTR answer = 0;
+            ::SendMessageTimeoutW(probe_, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&cds),
+                                  SMTO_NORMAL, 5000, &answer);
+        }
+        // The mouse over Report Spam, as just before a click: the button
+        // shows its hot frame in the picture.
+        ::SetForegroundWindow(browser_);
+        moved_ = MoveMouseOver(report_spam_);
+        ::RedrawWindow(browser_, nullptr, nullptr,
+                       RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+        ::Sleep(400);
+        Picture picture;
+        if (!CaptureWindow(browser_, picture) || !SaveBmp(picture, out_ + L"\\screenshot.bmp"))
+            Problem("no screenshot of the client");
+        else
+            shot_ = std::to_string(picture.width) + "x" + std::to_string(picture.height);
+    }
+
+    void PressReportSpam() {
+        clicked_ = moved_ && ClickMouse();
+        if (!clicked_) {
+            Problem("the mouse could not be moved or pressed");
+            return;
+        }
+        WaitUntil([&] { return CountPosted(ReadText(scanner_log_), kReportSpamMessage) > 0; },
+                  5000);
+    }
+
+    // ---- the end ----
+
+    void Close() {
+        if (probe_ && client_.Running()) {
+            DWORD_PTR answer = 0;
+            ::SendMessageTimeoutW(probe_, kProbeSaveJournal, 0, 0, SMTO_NORMAL, 5000, &answer);
+        }
+        DWORD code = 0;
+        if (browser_ && client_.Running()) {
+            const LARGE_INTEGER asked = Now();
+            ::PostMessageW(browser_, WM_CLOSE, 0, 0);
+            if (client_.Wait(15000, code))
+                close_time_ = Seconds(asked, Now());
+            else
+                Problem("the client did not end within 15 s of WM_CLOSE");
+        }
+        if (client_.handle() && !client_.Wait(0, code)) {
+            client_.Kill();
+        } else if (client_.handle() && code != 0) {
+            Problem("the client ended with exit code " + std::to_string(code));
+        }
+        if (HWND scanner = FindProcessWindow(scanner_.id(), nullptr, kScannerTitle))
+            ::PostMessageW(scanner, WM_CLOSE, 0, 0);
+        if (scanner_.handle() && !scanner_.Wait(5000, code))
+            Problem("the scanning process stand-in did not end");
+    }
+
+    void CollectLogs() {
+        std::error_code ec;
+        for (const fs::directory_entry& e : fs::directory_iterator(user_folder_ + L"\\log", ec)) {
+            if (fs::copy_file(e.path(), fs::path(out_) / e.path().filename(),
+                              fs::copy_options::overwrite_existing, ec)) {
+                logs_.push_back(e.path().filename().wstring());
+            }
+        }
+        fs::copy_file(user_folder_ + L"\\VELK_OE.ini", out_ + L"\\VELK_OE.user.ini",
+                      fs::copy_options::overwrite_existing, ec);
+    }
+
+    // ---- the summary: from the files only ----
+
+    bool Report() {
+        RunRecords run;
+        run.scenario = &scenario_;
+        run.identity = Utf8(config_.identity);
+        run.client_events = ReadText(events_);
+        run.scanner_report = ReadText(scanner_report_);
+        run.scanner_log = ReadText(scanner_log_);
+        run.journal = ReadText(journal_);
+        run.mailbox_read = LoadMailbox(before_, run.before, run.mailbox_error) &&
+                           LoadMailbox(mailbox_, run.after, run.mailbox_error);
+        for (const std::wstring& name : logs_)
+            run.addin_logs.emplace_back(Utf8(name), ReadText(out_ + L"\\" + name));
+        run.band_seen = band_seen_;
+        run.band_seconds = band_time_;
+        run.clicked = clicked_;
+        run.close_seconds = close_time_;
+        run.screenshot = shot_;
+        run.start = start_time_;
+        run.end = end_time_;
+        run.problems = problems_;
+        const Summary summary = Summarize(run);
+        const std::string text = summary.Text();
+        std::fwrite(text.data(), 1, text.size(), stdout);
+        std::fflush(stdout);
+        WriteText(out_ + L"\\summary.txt", text);
+        return summary.failures.empty();
+    }
+
+    static std::wstring Utf8ToWide(const std::string& text) {
+        if (text.empty())
+            return std::wstring();
+        int n = ::MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()),
+                                      nullptr, 0);
+        std::wstring out(static_cast<std::size_t>(n), L'\0');
+        ::MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), out.data(),
+                              n);
+        return out;
+    }
+
+    const DemoConfig& config_;
+    std::wstring out_, install_, mailbox_, before_, journal_, events_, scanner_report_,
+        scanner_log_, session_, client_exe_, user_folder_;
+    Scenario scenario_;
+    Mailbox staged_;
+    ChildProcess client_, scanner_;
+    HWND browser_ = nullptr, probe_ = nullptr, report_spam_ = nullptr;
+    LARGE_INTEGER client_start_{};
+    bool band_seen_ = false, moved_ = false, clicked_ = false;
+    double band_time_ = 0, close_time_ = 0;
+    std::uint64_t start_time_ = 0, end_time_ = 0;
+    std::string shot_;
+    std::vector<std::wstring> logs_;
+    std::vector<std::string> problems_;
+};
+
+}  // namespace
+
+int RunDemo(const DemoConfig& config) {
+    return Run(config).Go();
+}
+
+}  // namespace velk::demo

@@ -1,0 +1,152 @@
+// The probe inside a client of the test's own making: a top-level window
+// with a message list, as the client stand-in has.
+#include <gtest/gtest.h>
+#include <windows.h>
+#include <commctrl.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+
+#include "actions/QzStoreInterfaces.h"
+#include "common_src/win32/handles.h"
+#include "demo/probe/probe_protocol.h"
+#include "tools/store_stub/store_stub_control.h"
+
+namespace velk::demo {
+namespace {
+
+using SetOEBrowserWndFn = void(WINAPI*)(HWND);
+
+std::wstring TempDir() {
+    wchar_t dir[MAX_PATH];
+    ::GetTempPathW(MAX_PATH, dir);
+    std::random_device rd;
+    return std::wstring(dir) + L"velk_demo_probe_" + std::to_wstring(rd());
+}
+
+std::string ReadAll(const std::wstring& path) {
+    std::ifstream in(std::filesystem::path(path), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+std::wstring ItemText(HWND list, int item, int column) {
+    wchar_t text[256] = {};
+    LVITEMW lv{};
+    lv.iSubItem = column;
+    lv.pszText = text;
+    lv.cchTextMax = 256;
+    ::SendMessageW(list, LVM_GETITEMTEXTW, item, reinterpret_cast<LPARAM>(&lv));
+    return text;
+}
+
+class DemoProbe : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(store_.Load());
+        ASSERT_EQ(S_OK, store_.Register());
+        dir_ = TempDir();
+        journal_ = dir_ + L"\\journal.txt";
+        ::CreateDirectoryW(dir_.c_str(), nullptr);
+        INITCOMMONCONTROLSEX icc{sizeof(icc), ICC_LISTVIEW_CLASSES};
+        ::InitCommonControlsEx(&icc);
+        browser_.reset(::CreateWindowExW(0, WC_STATICW, L"Mail", WS_OVERLAPPEDWINDOW, 0, 0, 300,
+                                         200, nullptr, nullptr, nullptr, nullptr));
+        list_ = ::CreateWindowExW(0, WC_LISTVIEWW, L"", WS_CHILD | LVS_REPORT, 0, 0, 300, 200,
+                                  browser_.get(), nullptr, nullptr, nullptr);
+        for (int i = 0; i < 3; ++i) {
+            LVCOLUMNW col{};
+            col.mask = LVCF_WIDTH;
+            col.cx = 90;
+            ::SendMessageW(list_, LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&col));
+        }
+        probe_.reset(::LoadLibraryW(VELK_DEMO_PROBE_DLL));
+        ASSERT_TRUE(probe_);
+        set_browser_ = reinterpret_cast<SetOEBrowserWndFn>(
+            reinterpret_cast<void*>(::GetProcAddress(probe_.get(), "SetOEBrowserWnd")));
+        ASSERT_NE(nullptr, set_browser_);
+        ASSERT_NE(nullptr, ::GetProcAddress(probe_.get(), "DestroyToolBar"));
+    }
+    void TearDown() override {
+        browser_.reset();
+        ::SetEnvironmentVariableW(kProbeMailboxVariable, nullptr);
+        ::SetEnvironmentVariableW(kProbeJournalVariable, nullptr);
+        ::DeleteFileW(journal_.c_str());
+        ::DeleteFileW((dir_ + L"\\store\\1\\1.eml").c_str());
+        ::RemoveDirectoryW((dir_ + L"\\store\\1").c_str());
+        ::RemoveDirectoryW((dir_ + L"\\store").c_str());
+        ::RemoveDirectoryW(dir_.c_str());
+        store_.UseMemoryStore();
+    }
+
+    HWND ProbeWindow() { return ::FindWindowW(kProbeWindowClass, nullptr); }
+
+    tools::StoreStub store_;
+    std::wstring dir_, journal_;
+    win32::unique_hwnd browser_;
+    HWND list_ = nullptr;
+    win32::unique_hmodule probe_;
+    SetOEBrowserWndFn set_browser_ = nullptr;
+};
+
+TEST_F(DemoProbe, WithoutItsSettingsTheProbeSaysWhyAndStaysOut) {
+    ::SetEnvironmentVariableW(kProbeJournalVariable, journal_.c_str());
+    set_browser_(browser_.get());
+    EXPECT_EQ(nullptr, ProbeWindow());
+    EXPECT_EQ(0u, ReadAll(journal_).rfind("error: VELK_DEMO_MAILBOX", 0));
+}
+
+TEST_F(DemoProbe, TheStoreUsesTheMailboxAndItsJournalReachesTheFile) {
+    const std::wstring root = dir_ + L"\\store";
+    ::SetEnvironmentVariableW(kProbeMailboxVariable, root.c_str());
+    ::SetEnvironmentVariableW(kProbeJournalVariable, journal_.c_str());
+    set_browser_(browser_.get());
+    HWND probe = ProbeWindow();
+    ASSERT_NE(nullptr, probe);
+    EXPECT_EQ(browser_.get(), ::GetWindow(probe, GW_OWNER));
+
+    // The store the add-in would create now works on the demo's mailbox.
+    ASSERT_EQ(S_OK, store_.PutMessage(1, 1,
+                                      "Message-ID: <p@x>\r\nFrom: A <a@example.org>\r\n"
+                                      "Subject: =?UTF-8?Q?gr=C3=BC=C3=9Fe?=\r\n"
+                                      "Date: Tue, 11 Jun 2024 09:14:02 +0200\r\n\r\nbody\r\n"));
+    EXPECT_NE(INVALID_FILE_ATTRIBUTES, ::GetFileAttributesW((root + L"\\1\\1.eml").c_str()));
+    {
+        win32::com_apartment com;
+        win32::com_ptr<IQzFolderMgr> manager;
+        ASSERT_EQ(S_OK, ::CoCreateInstance(CLSID_QzStoreAccess, nullptr, CLSCTX_ALL,
+                                           IID_IQzFolderMgr, manager.put_void()));
+        win32::com_ptr<IQzFolder> folder;
+        ASSERT_EQ(S_OK, manager->GetFolder(1, folder.put()));
+    }
+    ASSERT_EQ(1, ::SendMessageW(probe, kProbeSaveJournal, 0, 0));
+    const std::string journal = ReadAll(journal_);
+    EXPECT_NE(std::string::npos, journal.find("GetFolder(1) @- -> 0x00000000\n")) << journal;
+
+    // The client's list shows a folder as a mail client would.
+    const std::wstring name = L"Inbox";
+    std::string data(4 + name.size() * 2, '\0');
+    const std::uint32_t folder_id = 1;
+    std::memcpy(data.data(), &folder_id, 4);
+    std::memcpy(data.data() + 4, name.data(), name.size() * 2);
+    COPYDATASTRUCT cds{kProbeShowFolder, static_cast<DWORD>(data.size()), data.data()};
+    EXPECT_EQ(TRUE, ::SendMessageW(probe, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&cds)));
+    ASSERT_EQ(1, ::SendMessageW(list_, LVM_GETITEMCOUNT, 0, 0));
+    EXPECT_EQ(L"A <a@example.org>", ItemText(list_, 0, 0));
+    EXPECT_EQ(L"gr\u00FC\u00DFe", ItemText(list_, 0, 1));
+    wchar_t title[64];
+    ::GetWindowTextW(browser_.get(), title, 64);
+    EXPECT_STREQ(L"Inbox - Mail", title);
+
+    // The probe leaves with the client's window, saving the journal last.
+    store_.Reset();
+    browser_.reset();
+    EXPECT_EQ(nullptr, ProbeWindow());
+    EXPECT_EQ("", ReadAll(journal_));
+}
+
+}  // namespace
+}  // namespace velk::demo

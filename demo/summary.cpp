@@ -1,0 +1,157 @@
+#include "demo/summary.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "demo/outcome.h"
+#include "demo/run_records.h"
+#include "demo/store_journal.h"
+
+namespace velk::demo {
+
+namespace {
+
+// Posted by the band's Report Spam button to the scanning process.
+constexpr unsigned kReportSpamMessage = 17;
+
+std::string Format(const char* format, double value) {
+    const int n = std::snprintf(nullptr, 0, format, value);
+    std::string text(n > 0 ? static_cast<std::size_t>(n) : 0, '\0');
+    std::snprintf(text.data(), text.size() + 1, format, value);
+    return text;
+}
+
+std::string StartupLine(const std::vector<ClientEvent>& events, const RunRecords& run) {
+    const ClientEvent* load = FindLoad(events, "VELK_OEA.dll");
+    std::string line = "start-up: ";
+    if (!load)
+        line += "the client never loaded the add-in";
+    else if (load->text.find(" ok ") == std::string::npos)
+        line += "the add-in failed to load (" + load->text + ")";
+    else
+        line += Format("LoadLibrary of the add-in %.1f ms", EventValue(*load, "ms").value_or(0));
+    if (run.band_seen) {
+        line += Format(
+            "; band with Report Spam in the client's rebar %.2f s after the client "
+            "process started",
+            run.band_seconds);
+    }
+    return line;
+}
+
+std::string SessionLine(const RunRecords& run) {
+    const SendReport sends = ParseSendReport(run.scanner_report);
+    std::vector<double> us = sends.us;
+    std::sort(us.begin(), us.end());
+    std::string line =
+        "session: " + std::to_string(sends.sends) + " requests sent by the scanning process";
+    if (!us.empty())
+        line += Format(", median send %.2f ms", us[(us.size() - 1) / 2] / 1000);
+    return line;
+}
+
+// The client's own WM_CLOSE handler says whether the add-in had detached.
+std::string CloseLine(const std::vector<ClientEvent>& events, const RunRecords& run,
+                      bool outlook_express, std::vector<std::string>& failures) {
+    std::string line = "close: ";
+    const ClientEvent* wm_close = FindEvent(events, "wm-close");
+    if (!wm_close) {
+        line += "the client's window never got WM_CLOSE";
+        failures.push_back("the client's window never got WM_CLOSE");
+    } else {
+        const bool band = EventValue(*wm_close, "band").value_or(1) != 0;
+        const bool hooked = EventValue(*wm_close, "hooked").value_or(1) != 0;
+        line += std::string("when the client's own handler got WM_CLOSE, ") +
+                (band ? "the band was still in the rebar" : "the band was gone") + " and " +
+                (hooked ? "the add-in's window procedure still in place"
+                        : "the client's procedure back");
+        // Outlook Express closes without telling the add-in: its hook must
+        // have taken the band down before the client's own handler runs.
+        if (outlook_express && (band || hooked))
+            failures.push_back("the add-in had not detached when the client got WM_CLOSE");
+        if (run.close_seconds > 0)
+            line += Format("; the client ended %.2f s after WM_CLOSE", run.close_seconds);
+    }
+    for (const ClientEvent& e : events) {
+        if ((e.text.rfind("free ", 0) == 0 || e.text.rfind("unload ", 0) == 0) &&
+            e.text.find("VELK_OEA.dll") != std::string::npos) {
+            line += Format("; FreeLibrary of the add-in %.1f ms", EventValue(e, "ms").value_or(0));
+        }
+    }
+    return line;
+}
+
+}  // namespace
+
+std::string Summary::Text() const {
+    std::string text;
+    for (const std::string& line : lines)
+        text += line + "\n";
+    if (failures.empty()) {
+        text += "check: passed\n";
+    } else {
+        text += "check: FAILED\n";
+        for (const std::string& f : failures)
+            text += "  " + f + "\n";
+    }
+    return text;
+}
+
+Summary Summarize(const RunRecords& run) {
+    Summary s;
+    const std::vector<ClientEvent> events = ParseClientEvents(run.client_events);
+    const ClientEvent* start = FindEvent(events, "start mode=");
+    const bool outlook_express = start && start->text == "start mode=oe";
+    s.lines.push_back(std::string("demo: VELK_OEA.dll in the mail-client stand-in, ") +
+                      (!start            ? "which never started"
+                       : outlook_express ? "Outlook Express mode"
+                                         : "Windows Mail mode") +
+                      ", identity " + run.identity);
+    s.lines.push_back(StartupLine(events, run));
+    s.lines.push_back(SessionLine(run));
+
+    if (!run.mailbox_read) {
+        s.failures.push_back(run.mailbox_error);
+    } else if (run.scenario) {
+        const std::vector<JournalEntry> journal = ParseJournal(run.journal);
+        std::vector<const StoredMessage*> strangers;
+        const std::vector<Outcome> outcomes =
+            FindOutcomes(*run.scenario, run.before, run.after, journal, strangers);
+        for (const Outcome& o : outcomes)
+            s.lines.push_back("  " + DescribeOutcome(*run.scenario, o));
+        std::vector<std::string> unmet =
+            CheckOutcomes(*run.scenario, outcomes, strangers, run.start, run.end);
+        s.failures.insert(s.failures.end(), unmet.begin(), unmet.end());
+    }
+
+    const std::size_t posted = CountPosted(run.scanner_log, kReportSpamMessage);
+    s.lines.push_back(std::string("Report Spam: ") +
+                      (run.clicked ? "clicked with the mouse" : "not clicked") +
+                      "; the scanning process got WM_USER+17 (1041) " +
+                      (posted ? "posted " + std::to_string(posted) + " time(s)" : "never"));
+    if (posted == 0)
+        s.failures.push_back("Report Spam did not reach the scanning process");
+
+    s.lines.push_back(CloseLine(events, run, outlook_express, s.failures));
+
+    std::string log_line = "add-in log: ";
+    if (run.addin_logs.empty()) {
+        log_line += "none written";
+        s.failures.push_back("the add-in wrote no log");
+    }
+    for (const auto& [name, text] : run.addin_logs) {
+        const AddinLogStats stats = ReadAddinLog(text);
+        log_line +=
+            name + ", " + std::to_string(stats.lines) + " lines, " +
+            (stats.problems.empty() ? std::string("no errors reported")
+                                    : std::to_string(stats.problems.size()) +
+                                          " reporting errors, the first: " + stats.problems[0]);
+    }
+    s.lines.push_back(log_line);
+    if (!run.screenshot.empty())
+        s.lines.push_back("screenshot: " + run.screenshot + " pixels of the client window");
+    s.failures.insert(s.failures.end(), run.problems.begin(), run.problems.end());
+    return s;
+}
+
+}  // namespace velk::demo

@@ -1,0 +1,46 @@
+// The demo's summary: what the run did, told from its records only, and the
+// verdict. No Win32 here.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "demo/mailbox.h"
+#include "demo/scenario.h"
+
+namespace velk::demo {
+
+// What a run left, as read back from its files, plus the driver's own
+// observations (which it timed or did itself).
+struct RunRecords {
+    const Scenario* scenario = nullptr;
+    std::string identity;
+    std::string client_events;   // the client stand-in's events file
+    std::string scanner_report;  // the scanning process's send report
+    std::string scanner_log;     // what the scanning process received
+    std::string journal;         // the store's journal
+    bool mailbox_read = false;   // false: mailbox_error says why
+    std::string mailbox_error;
+    Mailbox before, after;
+    std::vector<std::pair<std::string, std::string>> addin_logs;  // file name, text
+    bool band_seen = false;
+    double band_seconds = 0;            // from the client's start until the band was seen
+    bool clicked = false;               // the mouse went down and up on Report Spam
+    double close_seconds = 0;           // from WM_CLOSE until the client ended; 0: it did not
+    std::string screenshot;             // "900x560", empty when none was taken
+    std::uint64_t start = 0, end = 0;   // the run, seconds since 1970 (UTC)
+    std::vector<std::string> problems;  // steps that failed
+};
+
+struct Summary {
+    std::vector<std::string> lines;
+    std::vector<std::string> failures;  // empty: the run did what the scenario says
+
+    std::string Text() const;  // the lines, then the verdict and the failures
+};
+
+Summary Summarize(const RunRecords& run);
+
+}  // namespace velk::demo

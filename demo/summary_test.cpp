@@ -1,0 +1,98 @@
+#include "demo/summary.h"
+
+#include <gtest/gtest.h>
+
+namespace velk::demo {
+namespace {
+
+class DemoSummary : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::string error;
+        ASSERT_TRUE(
+            ParseScenario("folder 1 Inbox\nfolder 2 Junk\nmessage Inbox 1 spam.eml\n"
+                          "move spam.eml to Junk\nexpect spam.eml in Junk\n",
+                          scenario_, error))
+            << error;
+        run_.scenario = &scenario_;
+        run_.identity = "{ID}";
+        run_.client_events =
+            "0.2 start mode=oe\n"
+            "60.0 load Z:\\d\\install\\bin\\VELK_OEA.dll ok ms=12.54\n"
+            "900.0 wm-close band=0 hooked=0\n"
+            "930.0 free Z:\\d\\install\\bin\\VELK_OEA.dll ms=3.02\n";
+        run_.scanner_report = "send 1 dwData=1077 cbData=2072 result=0 us=250.0\n";
+        run_.scanner_log = "posted WM_USER+17 wParam=0x0 lParam=0x0\n";
+        run_.journal = "MoveMessage(1, 2, 1) @- -> 0x00000000\n";
+        run_.mailbox_read = true;
+        run_.before = {{1, 1, "Message-ID: <s@x>\r\nSubject: hi\r\n\r\n"}};
+        run_.after = {{2, 1, run_.before[0].bytes}};
+        run_.addin_logs = {{"VELKAgent.20240611.log", "0001:0002 2024/06/11 10:00:00 @@@ x\r\n"}};
+        run_.band_seen = true;
+        run_.band_seconds = 0.4;
+        run_.clicked = true;
+        run_.close_seconds = 0.03;
+        run_.screenshot = "900x560";
+    }
+
+    Scenario scenario_;
+    RunRecords run_;
+};
+
+TEST_F(DemoSummary, AGoodRunIsToldInFullAndPasses) {
+    const Summary s = Summarize(run_);
+    EXPECT_EQ(
+        "demo: VELK_OEA.dll in the mail-client stand-in, Outlook Express mode, identity {ID}\n"
+        "start-up: LoadLibrary of the add-in 12.5 ms; band with Report Spam in the client's rebar "
+        "0.40 s after the client process started\n"
+        "session: 1 requests sent by the scanning process, median send 0.25 ms\n"
+        "  spam.eml: moved Inbox -> Junk (message 1) [store: MoveMessage]\n"
+        "Report Spam: clicked with the mouse; the scanning process got WM_USER+17 (1041) posted 1 "
+        "time(s)\n"
+        "close: when the client's own handler got WM_CLOSE, the band was gone and the client's "
+        "procedure back; the client ended 0.03 s after WM_CLOSE; FreeLibrary of the add-in 3.0 "
+        "ms\n"
+        "add-in log: VELKAgent.20240611.log, 1 lines, no errors reported\n"
+        "screenshot: 900x560 pixels of the client window\n"
+        "check: passed\n",
+        s.Text());
+}
+
+TEST_F(DemoSummary, WhatTheRunMissedFailsIt) {
+    run_.client_events =
+        "0.2 start mode=oe\n"
+        "60.0 load Z:\\d\\VELK_OEA.dll failed error=126 ms=1.00\n"
+        "900.0 wm-close band=1 hooked=0\n";
+    run_.scanner_log = "sent WM_USER+17 wParam=0x0 lParam=0x0\n";
+    run_.after = run_.before;
+    run_.addin_logs.clear();
+    run_.problems = {"no screenshot of the client"};
+    const Summary s = Summarize(run_);
+    EXPECT_EQ(
+        "start-up: the add-in failed to load (load Z:\\d\\VELK_OEA.dll failed error=126 "
+        "ms=1.00); band with Report Spam in the client's rebar 0.40 s after the client "
+        "process started",
+        s.lines[1]);
+    const std::vector<std::string> expected = {
+        "line 5: spam.eml: expected in Junk, found in Inbox",
+        "Report Spam did not reach the scanning process",
+        "the add-in had not detached when the client got WM_CLOSE", "the add-in wrote no log",
+        "no screenshot of the client"};
+    EXPECT_EQ(expected, s.failures);
+    EXPECT_NE(std::string::npos, s.Text().find("check: FAILED\n  line 5: spam.eml"));
+}
+
+TEST_F(DemoSummary, OnlyOutlookExpressMustDetachBeforeItsOwnClose) {
+    // Windows Mail tears the band down from outside; its close finds it.
+    run_.client_events = "0.2 start mode=wmail\n900.0 wm-close band=1 hooked=0\n";
+    EXPECT_TRUE(Summarize(run_).failures.empty());
+    run_.client_events = "0.2 start mode=wmail\n";
+    EXPECT_EQ(std::vector<std::string>{"the client's window never got WM_CLOSE"},
+              Summarize(run_).failures);
+    run_.mailbox_read = false;
+    run_.mailbox_error = "cannot read the mailbox";
+    EXPECT_EQ("cannot read the mailbox", Summarize(run_).failures.front());
+}
+
+}  // namespace
+}  // namespace velk::demo
