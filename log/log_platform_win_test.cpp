@@ -4,14 +4,13 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstdio>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "common_src/QzCommon/QzComn_test_util.h"
 #include "log/diag_log.h"
 #include "log/log_core.h"
 #include "log/log_platform_win.h"
@@ -35,50 +34,7 @@ public:
     }
 };
 
-class TempFolder {
-public:
-    TempFolder() {
-        wchar_t temp[MAX_PATH];
-        ::GetTempPathW(MAX_PATH, temp);
-        path_ = std::wstring(temp) + L"velk_log_test_" + std::to_wstring(::GetCurrentProcessId()) +
-                L"_" + std::to_wstring(counter_++) + L"\\";
-        ::CreateDirectoryW(path_.c_str(), nullptr);
-    }
-    ~TempFolder() {
-        WIN32_FIND_DATAW found;
-        HANDLE find = ::FindFirstFileW((path_ + L"*").c_str(), &found);
-        if (find != INVALID_HANDLE_VALUE) {
-            do {
-                ::DeleteFileW((path_ + found.cFileName).c_str());
-            } while (::FindNextFileW(find, &found));
-            ::FindClose(find);
-        }
-        ::RemoveDirectoryW(path_.c_str());
-    }
-    const std::wstring& path() const { return path_; }
-
-private:
-    static inline int counter_ = 0;
-    std::wstring path_;
-};
-
-std::string ReadBytes(const std::wstring& path) {
-    std::string bytes;
-    HANDLE file = ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        return "<missing>";
-    char chunk[4096];
-    DWORD got = 0;
-    while (::ReadFile(file, chunk, sizeof(chunk), &got, nullptr) && got > 0)
-        bytes.append(chunk, got);
-    ::CloseHandle(file);
-    return bytes;
-}
-
-bool Exists(const std::wstring& path) {
-    return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
+using QzCommon::testing_util::TempFolder;
 
 std::string ThreadPrefix() {
     char tid[16];
@@ -86,11 +42,6 @@ std::string ThreadPrefix() {
     std::snprintf(tid, sizeof(tid), "%04x:%04x", static_cast<unsigned>(id >> 16),
                   static_cast<unsigned>(id & 0xFFFF));
     return tid;
-}
-
-std::wstring WidePrefix() {
-    std::string narrow = ThreadPrefix();
-    return std::wstring(narrow.begin(), narrow.end());
 }
 
 TEST(WinDiagLog, WritesCrLfLinesInTheAnsiCodePageToTheDatedFile) {
@@ -108,18 +59,16 @@ TEST(WinDiagLog, WritesCrLfLinesInTheAnsiCodePageToTheDatedFile) {
     const std::string expected = ThreadPrefix() +
                                  " 2009/05/03 10:11:12 @@@ Stor\xe9 IN caf\xe9 42 \x80\r\n" +
                                  ThreadPrefix() + " 2009/05/03 10:11:12 plain\r\n";
-    EXPECT_EQ(ReadBytes(folder.path() + L"VELKAgent.20090503.log"), expected);
+    EXPECT_EQ(folder.ReadFile(L"VELKAgent.20090503.log"), expected);
     ASSERT_EQ(platform.debugger.size(), 2u);
-    EXPECT_EQ(platform.debugger[1], WidePrefix() + L" 2009/05/03 10:11:12 plain\n");
+    const std::string narrow = ThreadPrefix();
+    EXPECT_EQ(platform.debugger[1],
+              std::wstring(narrow.begin(), narrow.end()) + L" 2009/05/03 10:11:12 plain\n");
 }
 
 TEST(WinDiagLog, AppendsToAnExistingFileAndCutLinesHaveNoLineBreak) {
     TempFolder folder;
-    const std::wstring file = folder.path() + L"VELKAgent.20090503.log";
-    {
-        std::ofstream seed(std::string(file.begin(), file.end()), std::ios::binary);
-        seed << "kept\r\n";
-    }
+    folder.WriteFile(L"VELKAgent.20090503.log", "kept\r\n");
     PinnedClockPlatform platform;
     DiagLog log(platform);
     log.Open(folder.path() + L"VELKAgent.log");
@@ -128,7 +77,7 @@ TEST(WinDiagLog, AppendsToAnExistingFileAndCutLinesHaveNoLineBreak) {
     log.Close();
 
     const std::string prefix = ThreadPrefix() + " 2009/05/03 10:11:12 ";
-    EXPECT_EQ(ReadBytes(file),
+    EXPECT_EQ(folder.ReadFile(L"VELKAgent.20090503.log"),
               "kept\r\n" + prefix + std::string(465, 'z') + "...n" + prefix + "next\r\n");
 }
 
@@ -139,7 +88,7 @@ TEST(WinDiagLog, MissingLogFolderIsNotCreatedAndTheLogStaysSilent) {
     log.Open(folder.path() + L"log\\VELKAgent.log");
     log.Write(L"nowhere");
     EXPECT_FALSE(log.IsOpen());
-    EXPECT_FALSE(Exists(folder.path() + L"log"));
+    EXPECT_EQ(::GetFileAttributesW((folder.path() + L"log").c_str()), INVALID_FILE_ATTRIBUTES);
     EXPECT_TRUE(platform.debugger.empty());
 }
 
@@ -148,7 +97,8 @@ TEST(WinDiagLog, ConcurrentWritersNeverInterleaveWithinALine) {
     WinLogPlatform platform;
     DiagLog log(platform);
     log.Open(folder.path() + L"VELKAgent.log");
-    const std::wstring path = log.CurrentPath();
+    ASSERT_EQ(log.CurrentPath().rfind(folder.path(), 0), 0u);
+    const std::wstring file = log.CurrentPath().substr(folder.path().size());
     constexpr int kThreads = 4;
     constexpr int kLines = 200;
     std::vector<std::thread> writers;
@@ -162,7 +112,7 @@ TEST(WinDiagLog, ConcurrentWritersNeverInterleaveWithinALine) {
         w.join();
     log.Close();
 
-    std::istringstream lines(ReadBytes(path));
+    std::istringstream lines(folder.ReadFile(file));
     std::string line;
     int count = 0;
     while (std::getline(lines, line)) {
@@ -187,10 +137,10 @@ TEST(WinDiagLog, ProcessLogIsSilentUntilOpenedAndWritesTodaysFile) {
     ::GetLocalTime(&st);
     wchar_t stamp[16];
     std::swprintf(stamp, 16, L".%04u%02u%02u", st.wYear, st.wMonth, st.wDay);
-    const std::wstring expected_file = folder.path() + L"VELKAgent" + stamp + L".log";
+    const std::wstring expected_file = std::wstring(L"VELKAgent") + stamp + L".log";
 
     Open(folder.path() + L"VELKAgent.log");
-    EXPECT_EQ(CurrentPath(), expected_file);
+    EXPECT_EQ(CurrentPath(), folder.path() + expected_file);
     VELK_LOG(L"open %d %s", touch(), L"wide");
     AssertReport(L"mover.cpp", 12, L"Move", L"bad folder");
     Close();
@@ -198,9 +148,8 @@ TEST(WinDiagLog, ProcessLogIsSilentUntilOpenedAndWritesTodaysFile) {
     EXPECT_EQ(evaluated, 1);
     EXPECT_FALSE(IsOpen());
 
-    std::string text = ReadBytes(expected_file);
     // "tttt:tttt YYYY/MM/DD hh:mm:ss " then the message, every line.
-    std::istringstream lines(text);
+    std::istringstream lines(folder.ReadFile(expected_file));
     std::string line;
     std::vector<std::string> messages;
     while (std::getline(lines, line)) {

@@ -16,7 +16,6 @@ namespace velk::senders {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::Pair;
 
 const std::string kBom = "\xEF\xBB\xBF";
@@ -33,62 +32,47 @@ std::string ApprovedLine(const std::string& name, const std::string& address) {
     return "<WL_REC><SN_ATTR>" + name + "<\\SN_ATTR><SA_ATTR>" + address + "<\\SA_ATTR><\\WL_REC>";
 }
 
-// Lists built from the same calls in both golden tests below.
-void FillApproved(SenderList& list) {
-    list.Add(u"Zed@Example.com", {u"Zed", u"Zed@Example.com"});
-    list.Add(u"Joerg.Mueller@Example.DE", {u"J\u00F6rg M\u00FCller", u"Joerg.Mueller@Example.DE"});
-    list.Add(u"ann@example.com", {u"Ann Lee", u"ann@example.com"});
-    list.Add(u"Bob@x.com", {u" Bob\t", u"Bob@x.com"});
-    list.Add(u"*@Lists.Example.org", {u"", u"*@Lists.Example.org"});
-}
-
-void FillBlocked(SenderList& list) {
-    list.Add(u"spam@Spam.example", {u"\u5C71\u7530 \U0001F600", u"spam@Spam.example"});
-    list.Add(u"*.Bulk.example", {u"Bulk", u"*.Bulk.example"});
-}
-
 // Golden bytes are written here by hand: byte-order mark, banner, the tags of
 // each list, CR LF, key order, stored case, fields unchanged. The scanning
 // process reads them.
-TEST(SenderListFileGolden, SavedApprovedListMatchesTheHandWrittenFile) {
+TEST(SenderListFileGolden, SavedListsMatchTheHandWrittenFiles) {
+    struct Golden {
+        SenderListKind kind;
+        std::vector<SenderRecord> added;  // in this order
+        std::string expected;
+    };
+    const Golden cases[] = {
+        {SenderListKind::kApproved,
+         {{u"Zed", u"Zed@Example.com"},
+          {u"J\u00F6rg M\u00FCller", u"Joerg.Mueller@Example.DE"},
+          {u"Ann Lee", u"ann@example.com"},
+          {u" Bob\t", u"Bob@x.com"},
+          {u"", u"*@Lists.Example.org"}},
+         "<WL_REC><SN_ATTR><\\SN_ATTR><SA_ATTR>*@Lists.Example.org<\\SA_ATTR><\\WL_REC>\r\n"
+         "<WL_REC><SN_ATTR>Ann Lee<\\SN_ATTR><SA_ATTR>ann@example.com<\\SA_ATTR><\\WL_REC>\r\n"
+         "<WL_REC><SN_ATTR> Bob\t<\\SN_ATTR><SA_ATTR>Bob@x.com<\\SA_ATTR><\\WL_REC>\r\n"
+         "<WL_REC><SN_ATTR>J\xC3\xB6rg M\xC3\xBCller<\\SN_ATTR>"
+         "<SA_ATTR>Joerg.Mueller@Example.DE<\\SA_ATTR><\\WL_REC>\r\n"
+         "<WL_REC><SN_ATTR>Zed<\\SN_ATTR><SA_ATTR>Zed@Example.com<\\SA_ATTR><\\WL_REC>\r\n"},
+        {SenderListKind::kBlocked,
+         {{u"\u5C71\u7530 \U0001F600", u"spam@Spam.example"}, {u"Bulk", u"*.Bulk.example"}},
+         "<BL_REC><SN_ATTR>Bulk<\\SN_ATTR><SA_ATTR>*.Bulk.example<\\SA_ATTR><\\BL_REC>\r\n"
+         "<BL_REC><SN_ATTR>\xE5\xB1\xB1\xE7\x94\xB0 \xF0\x9F\x98\x80<\\SN_ATTR>"
+         "<SA_ATTR>spam@Spam.example<\\SA_ATTR><\\BL_REC>\r\n"},
+        {SenderListKind::kBlocked, {}, ""},  // an empty list is the banner alone
+    };
     testing::TempFolder dir;
-    SenderList list(SenderListKind::kApproved);
-    FillApproved(list);
-    const std::u16string path = SenderListPath(dir.Folder(), SenderListKind::kApproved);
-    ASSERT_TRUE(list.Save(path));
-
-    const std::string expected =
-        "\xEF\xBB\xBF"
-        "; Written by VELK v3.5 (c) 2005 Nuvexa\r\n"
-        "<WL_REC><SN_ATTR><\\SN_ATTR><SA_ATTR>*@Lists.Example.org<\\SA_ATTR><\\WL_REC>\r\n"
-        "<WL_REC><SN_ATTR>Ann Lee<\\SN_ATTR><SA_ATTR>ann@example.com<\\SA_ATTR><\\WL_REC>\r\n"
-        "<WL_REC><SN_ATTR> Bob\t<\\SN_ATTR><SA_ATTR>Bob@x.com<\\SA_ATTR><\\WL_REC>\r\n"
-        "<WL_REC><SN_ATTR>J\xC3\xB6rg M\xC3\xBCller<\\SN_ATTR>"
-        "<SA_ATTR>Joerg.Mueller@Example.DE<\\SA_ATTR><\\WL_REC>\r\n"
-        "<WL_REC><SN_ATTR>Zed<\\SN_ATTR><SA_ATTR>Zed@Example.com<\\SA_ATTR><\\WL_REC>\r\n";
-    EXPECT_EQ(testing::ReadFileBytes(path), expected);
-    EXPECT_FALSE(testing::FileExists(path + u".tmp"));
-}
-
-TEST(SenderListFileGolden, SavedBlockedListMatchesTheHandWrittenFile) {
-    testing::TempFolder dir;
-    SenderList list(SenderListKind::kBlocked);
-    FillBlocked(list);
-    const std::u16string path = SenderListPath(dir.Folder(), SenderListKind::kBlocked);
-    ASSERT_TRUE(list.Save(path));
-
-    const std::string expected =
-        "\xEF\xBB\xBF"
-        "; Written by VELK v3.5 (c) 2005 Nuvexa\r\n"
-        "<BL_REC><SN_ATTR>Bulk<\\SN_ATTR><SA_ATTR>*.Bulk.example<\\SA_ATTR><\\BL_REC>\r\n"
-        "<BL_REC><SN_ATTR>\xE5\xB1\xB1\xE7\x94\xB0 \xF0\x9F\x98\x80<\\SN_ATTR>"
-        "<SA_ATTR>spam@Spam.example<\\SA_ATTR><\\BL_REC>\r\n";
-    EXPECT_EQ(testing::ReadFileBytes(path), expected);
-
-    // An empty list is the banner alone.
-    SenderList empty(SenderListKind::kBlocked);
-    ASSERT_TRUE(empty.Save(path));
-    EXPECT_EQ(testing::ReadFileBytes(path), kBom + kBanner + "\r\n");
+    for (const Golden& c : cases) {
+        SCOPED_TRACE(c.expected);
+        SenderList list(c.kind);
+        for (const SenderRecord& r : c.added)
+            list.Add(r.address, r);
+        const std::u16string path = SenderListPath(dir.Folder(), c.kind);
+        ASSERT_TRUE(list.Save(path));
+        EXPECT_EQ(testing::ReadFileBytes(path),
+                  "\xEF\xBB\xBF; Written by VELK v3.5 (c) 2005 Nuvexa\r\n" + c.expected);
+        EXPECT_FALSE(testing::FileExists(path + u".tmp"));
+    }
 }
 
 class SenderListLoadTest : public ::testing::Test {

@@ -111,11 +111,8 @@ TEST(SettingKeys, NoKeyIsListedTwiceForTheSameFile) {
     }
 }
 
+// The table above fixes the texts; DefaultInt must give the same numbers.
 TEST(SettingKeys, NumericDefaultsAreNumbers) {
-    EXPECT_EQ(DefaultInt(Key::HTTPPort), 80);
-    EXPECT_EQ(DefaultInt(Key::Interval), 180);
-    EXPECT_EQ(DefaultInt(Key::EnableCRX), 1);
-    EXPECT_EQ(DefaultInt(Key::SexualLevel), 2);
     for (std::size_t i = 0; i < kKeyCount; ++i) {
         const SettingKey& k = AllSettingKeys()[i];
         if (k.type != ValueType::Integer && k.type != ValueType::Decimal)

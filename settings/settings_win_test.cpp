@@ -10,47 +10,14 @@
 #include <string>
 #include <vector>
 
+#include "common_src/QzCommon/QzComn_test_util.h"
 #include "settings/ini_profile.h"
 #include "settings/settings_locations.h"
 
 namespace velk::settings {
 namespace {
 
-class TempFolder {
-public:
-    TempFolder() {
-        wchar_t temp[MAX_PATH];
-        ::GetTempPathW(MAX_PATH, temp);
-        path_ = std::wstring(temp) + L"velk_settings_test_" +
-                std::to_wstring(::GetCurrentProcessId()) + L"_" + std::to_wstring(counter_++) +
-                L"\\";
-        ::CreateDirectoryW(path_.c_str(), nullptr);
-    }
-    ~TempFolder() { RemoveTree(path_); }
-    const std::wstring& path() const { return path_; }
-
-private:
-    static void RemoveTree(const std::wstring& dir) {
-        WIN32_FIND_DATAW found;
-        HANDLE find = ::FindFirstFileW((dir + L"*").c_str(), &found);
-        if (find != INVALID_HANDLE_VALUE) {
-            do {
-                std::wstring name = found.cFileName;
-                if (name == L"." || name == L"..")
-                    continue;
-                if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
-                    RemoveTree(dir + name + L"\\");
-                } else {
-                    ::DeleteFileW((dir + name).c_str());
-                }
-            } while (::FindNextFileW(find, &found));
-            ::FindClose(find);
-        }
-        ::RemoveDirectoryW(dir.c_str());
-    }
-    static inline int counter_ = 0;
-    std::wstring path_;
-};
+using QzCommon::testing_util::TempFolder;
 
 void WriteFile(const std::wstring& path, const std::string& text) {
     std::ofstream out(std::string(path.begin(), path.end()), std::ios::binary);
@@ -61,6 +28,17 @@ std::wstring Raw(const std::wstring& ini, const wchar_t* section, const wchar_t*
     wchar_t value[64];
     ::GetPrivateProfileStringW(section, name, L"<absent>", value, 64, ini.c_str());
     return value;
+}
+
+// Each row: section, name and the value expected there ("<absent>": no value).
+struct RawValue {
+    const wchar_t* section;
+    const wchar_t* name;
+    const wchar_t* value;
+};
+void ExpectRaw(const std::wstring& ini, std::initializer_list<RawValue> rows) {
+    for (const RawValue& r : rows)
+        EXPECT_EQ(Raw(ini, r.section, r.name), r.value) << L"[" << r.section << L"] " << r.name;
 }
 
 class SettingsFilesTest : public ::testing::Test {
@@ -77,14 +55,14 @@ TEST_F(SettingsFilesTest, FirstStartSeedsTheUserFileAndLaterStartsKeepTheUsersVa
 
     ApplyAdminPresets(profile);
     ::WritePrivateProfileStringW(nullptr, nullptr, nullptr, user_ini.c_str());  // flush
-    EXPECT_EQ(Raw(user_ini, L"General", L"ProtectLevel"), L"3");
-    EXPECT_EQ(Raw(user_ini, L"General", L"SettedPLevel"), L"1");
-    EXPECT_EQ(Raw(user_ini, L"General", L"EnableInTheCloud"), L"1");
-    EXPECT_EQ(Raw(user_ini, L"General", L"SettedEnableInTheCloud"), L"1");
-    EXPECT_EQ(Raw(user_ini, L"General", L"NotifyIcon"), L"0");
-    EXPECT_EQ(Raw(user_ini, L"General", L"SettedNotifyIcon"), L"1");
-    EXPECT_EQ(Raw(user_ini, L"General", L"AutoApprove"), L"<absent>");
-    EXPECT_EQ(Raw(user_ini, L"General", L"SettedAutoApprove"), L"<absent>");
+    ExpectRaw(user_ini, {{L"General", L"ProtectLevel", L"3"},
+                         {L"General", L"SettedPLevel", L"1"},
+                         {L"General", L"EnableInTheCloud", L"1"},
+                         {L"General", L"SettedEnableInTheCloud", L"1"},
+                         {L"General", L"NotifyIcon", L"0"},
+                         {L"General", L"SettedNotifyIcon", L"1"},
+                         {L"General", L"AutoApprove", L"<absent>"},
+                         {L"General", L"SettedAutoApprove", L"<absent>"}});
 
     WriteFile(install_ini, "[General]\r\nProtectLevel=1\r\n");
     EXPECT_EQ(ApplyAdminPresets(profile), 0);
@@ -102,19 +80,19 @@ TEST_F(SettingsFilesTest, EmptyPresetsAreNotCopiedAndMarkersGoToTheKeysSection) 
     WriteFile(user_ini,
               "[ReportPhish]\r\nSettedReportAddr=7\r\n[General]\r\nSettedNotifyIcon=x\r\n");
     EXPECT_EQ(ApplyAdminPresets(profile), 3);  // AUServer, the spam address, NotifyIcon
-    EXPECT_EQ(Raw(user_ini, L"ReportPhish", L"Address"), L"<absent>");
-    EXPECT_EQ(Raw(user_ini, L"General", L"SettedNotifyIcon"), L"1");
-    EXPECT_EQ(Raw(user_ini, L"General", L"AutoMoved"), L"<absent>");
-    EXPECT_EQ(Raw(user_ini, L"General", L"SettedAutomove"), L"<absent>");
-    // Present but empty in the installation file is not the "1" default.
-    EXPECT_EQ(Raw(user_ini, L"General", L"EnableInTheCloud"), L"<absent>");
-    EXPECT_EQ(Raw(user_ini, L"RuleFile-Update", L"AUServer"), L"http://au.example.com/");
-    EXPECT_EQ(Raw(user_ini, L"RuleFile-Update", L"SettedAUUrl"), L"1");
-    EXPECT_EQ(Raw(user_ini, L"RuleFile-Update", L"SettedEnableScheduleUpdate"), L"<absent>");
-    EXPECT_EQ(Raw(user_ini, L"ReportSpam", L"Address"), L"spam@example.com");
-    EXPECT_EQ(Raw(user_ini, L"ReportSpam", L"SettedReportAddr"), L"1");
-    EXPECT_EQ(Raw(user_ini, L"ReportFP", L"SettedReportAddr"), L"<absent>");
-    EXPECT_EQ(Raw(user_ini, L"General", L"SettedReportAddr"), L"<absent>");
+    ExpectRaw(user_ini, {{L"ReportPhish", L"Address", L"<absent>"},
+                         {L"General", L"SettedNotifyIcon", L"1"},
+                         {L"General", L"AutoMoved", L"<absent>"},
+                         {L"General", L"SettedAutomove", L"<absent>"},
+                         // Present but empty in the installation file is not the "1" default.
+                         {L"General", L"EnableInTheCloud", L"<absent>"},
+                         {L"RuleFile-Update", L"AUServer", L"http://au.example.com/"},
+                         {L"RuleFile-Update", L"SettedAUUrl", L"1"},
+                         {L"RuleFile-Update", L"SettedEnableScheduleUpdate", L"<absent>"},
+                         {L"ReportSpam", L"Address", L"spam@example.com"},
+                         {L"ReportSpam", L"SettedReportAddr", L"1"},
+                         {L"ReportFP", L"SettedReportAddr", L"<absent>"},
+                         {L"General", L"SettedReportAddr", L"<absent>"}});
 }
 
 TEST_F(SettingsFilesTest, EveryMarkerIsWrittenUnderItsExactName) {
@@ -124,27 +102,23 @@ TEST_F(SettingsFilesTest, EveryMarkerIsWrittenUnderItsExactName) {
               "DeleteDeleted=1\r\n[ReportSpam]\r\nAddress=s\r\n[ReportFP]\r\nAddress=f\r\n"
               "[ReportPhish]\r\nAddress=p\r\n");
     EXPECT_EQ(ApplyAdminPresets(profile), 14);
-    const std::vector<std::pair<const wchar_t*, const wchar_t*>> markers = {
-        {L"RuleFile-Update", L"SettedAUUrl"},
-        {L"RuleFile-Update", L"SettedEnableScheduleUpdate"},
-        {L"RuleFile-Update", L"SettedSecUpdateInterval"},
-        {L"RuleFile-Update", L"SettedUpdateUI"},
-        {L"General", L"SettedPLevel"},
-        {L"General", L"SettedEnableInTheCloud"},
-        {L"General", L"SettedAutoApprove"},
-        {L"General", L"SettedNotifyIcon"},
-        {L"General", L"SettedAutomove"},
-        {L"General", L"SettedPurgeDays"},
-        {L"General", L"SettedDeleteDeleted"},
-        {L"ReportSpam", L"SettedReportAddr"},
-        {L"ReportFP", L"SettedReportAddr"},
-        {L"ReportPhish", L"SettedReportAddr"},
-    };
-    for (const auto& m : markers)
-        EXPECT_EQ(Raw(user_ini, m.first, m.second), L"1") << m.second;
-    EXPECT_EQ(Raw(user_ini, L"General", L"AutoMoved"), L"1");
-    EXPECT_EQ(Raw(user_ini, L"RuleFile-Update", L"Interval"), L"60");
-    EXPECT_EQ(Raw(user_ini, L"ReportPhish", L"Address"), L"p");
+    ExpectRaw(user_ini, {{L"RuleFile-Update", L"SettedAUUrl", L"1"},
+                         {L"RuleFile-Update", L"SettedEnableScheduleUpdate", L"1"},
+                         {L"RuleFile-Update", L"SettedSecUpdateInterval", L"1"},
+                         {L"RuleFile-Update", L"SettedUpdateUI", L"1"},
+                         {L"General", L"SettedPLevel", L"1"},
+                         {L"General", L"SettedEnableInTheCloud", L"1"},
+                         {L"General", L"SettedAutoApprove", L"1"},
+                         {L"General", L"SettedNotifyIcon", L"1"},
+                         {L"General", L"SettedAutomove", L"1"},
+                         {L"General", L"SettedPurgeDays", L"1"},
+                         {L"General", L"SettedDeleteDeleted", L"1"},
+                         {L"ReportSpam", L"SettedReportAddr", L"1"},
+                         {L"ReportFP", L"SettedReportAddr", L"1"},
+                         {L"ReportPhish", L"SettedReportAddr", L"1"},
+                         {L"General", L"AutoMoved", L"1"},
+                         {L"RuleFile-Update", L"Interval", L"60"},
+                         {L"ReportPhish", L"Address", L"p"}});
 }
 
 TEST_F(SettingsFilesTest, ReadingConventionsOfTheProfileApi) {
@@ -170,10 +144,10 @@ TEST_F(SettingsFilesTest, WritesReachOnlyTheUserFile) {
     EXPECT_TRUE(WriteInt(profile, Key::VELKStartTimes, 7));
     EXPECT_TRUE(WriteYesNo(profile, Key::EnableProxy, false));
     EXPECT_FALSE(WriteFlag(profile, Key::Debug, true));
-    EXPECT_EQ(Raw(user_ini, L"General", L"VELKStartTimes"), L"7");
-    EXPECT_EQ(Raw(user_ini, L"RuleFile-Update", L"EnableProxy"), L"no");
+    ExpectRaw(user_ini, {{L"General", L"VELKStartTimes", L"7"},
+                         {L"RuleFile-Update", L"EnableProxy", L"no"},
+                         {L"General", L"Debug", L"<absent>"}});
     EXPECT_EQ(Raw(install_ini, L"General", L"Debug"), L"0");
-    EXPECT_EQ(Raw(user_ini, L"General", L"Debug"), L"<absent>");
 }
 
 TEST(SettingsLocationsWin, DataDirectoryIsCreatedUnderCommonAppData) {
