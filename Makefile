@@ -4,7 +4,7 @@
 #   make dist    stage the installation into build/windows/dist
 #   make bench   run the benchmarks (figures on stdout and in build/bench.txt)
 #   make fuzz    run every libFuzzer target for FUZZ_SECONDS (default 60)
-#   make demo    the main job (arrives with the toolbar band)
+#   make demo    the main job: the add-in in the mail-client stand-in, scripted session
 #   make format  clang-format every source file in place
 
 BUILD ?= build

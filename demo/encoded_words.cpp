@@ -145,4 +145,27 @@ std::string DecodeEncodedWords(std::string_view value) {
     return out + pending_blanks;
 }
 
+std::string SenderDisplayName(std::string_view from) {
+    auto trim = [](std::string_view t) {
+        while (!t.empty() && (t.front() == ' ' || t.front() == '\t'))
+            t.remove_prefix(1);
+        while (!t.empty() && (t.back() == ' ' || t.back() == '\t'))
+            t.remove_suffix(1);
+        return t;
+    };
+    const std::size_t open = from.rfind('<');
+    std::string_view name =
+        trim(open == std::string_view::npos ? std::string_view() : from.substr(0, open));
+    if (name.size() >= 2 && name.front() == '"' && name.back() == '"')
+        name = trim(name.substr(1, name.size() - 2));
+    if (!name.empty())
+        return DecodeEncodedWords(name);
+    std::string_view address = from;
+    if (open != std::string_view::npos) {
+        address = from.substr(open + 1);
+        address = address.substr(0, address.find('>'));
+    }
+    return std::string(trim(address));
+}
+
 }  // namespace velk::demo

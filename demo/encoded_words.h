@@ -13,4 +13,9 @@ namespace velk::demo {
 // says. A word that is malformed or of another charset stays as written.
 std::string DecodeEncodedWords(std::string_view value);
 
+// The sender as a message list shows it: the display name of a From value
+// ("Name" <address> or Name <address>), decoded and unquoted, else the
+// address.
+std::string SenderDisplayName(std::string_view from);
+
 }  // namespace velk::demo

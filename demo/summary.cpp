@@ -64,7 +64,7 @@ std::string CloseLine(const std::vector<ClientEvent>& events, const RunRecords& 
         line += std::string("when the client's own handler got WM_CLOSE, ") +
                 (band ? "the band was still in the rebar" : "the band was gone") + " and " +
                 (hooked ? "the add-in's window procedure still in place"
-                        : "the client's procedure back");
+                        : "the client's own procedure in place");
         // Outlook Express closes without telling the add-in: its hook must
         // have taken the band down before the client's own handler runs.
         if (outlook_express && (band || hooked))

@@ -11,11 +11,6 @@
 
 namespace velk::host {
 
-AddinGlobals& Globals() noexcept {
-    static AddinGlobals globals;
-    return globals;
-}
-
 CVELK_OEAgentApp& TheApp() {
     static CVELK_OEAgentApp app;
     return app;

@@ -25,8 +25,10 @@ namespace {
 
 using velk::host::Globals;
 
-// The exports run with the language module as the resource module, whatever
-// the caller had set, and never let an exception reach the client.
+// Every resource lookup of the add-in names the language module itself
+// (host::ResourceModule()), so an export has no per-call resource state to
+// switch; it only checks that the toolbar window exists and keeps exceptions
+// away from the client.
 template <class Body>
 void RunExport(const wchar_t* name, Body body) noexcept {
     try {
@@ -43,33 +45,33 @@ void RunExport(const wchar_t* name, Body body) noexcept {
 
 extern "C" {
 
-__declspec(dllexport) void WINAPI SetOEBrowserWnd(HWND browser) {
+void WINAPI SetOEBrowserWnd(HWND browser) {
     RunExport(L"SetOEBrowserWnd", [browser](velk::toolbar::CToolBarWnd& wnd) {
         Globals().browser_from_export = browser;
         wnd.SetHostWindow(browser);
     });
 }
 
-__declspec(dllexport) void WINAPI ReBuildToolBar(void) {
+void WINAPI ReBuildToolBar(void) {
     RunExport(L"ReBuildToolBar",
               [](velk::toolbar::CToolBarWnd& wnd) { wnd.OnBuildUserInterface(0, 0); });
 }
 
-__declspec(dllexport) void WINAPI DestroyToolBar(void) {
+void WINAPI DestroyToolBar(void) {
     RunExport(L"DestroyToolBar", [](velk::toolbar::CToolBarWnd& wnd) { wnd.OnDestroyBand(); });
 }
 
 BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved) {
     try {
         switch (reason) {
-        case DLL_PROCESS_ATTACH:
-            ::DisableThreadLibraryCalls(instance);
-            return velk::host::TheApp().InitInstance(instance) ? TRUE : FALSE;
-        case DLL_PROCESS_DETACH:
-            velk::host::TheApp().ExitInstance(reserved != nullptr);
-            return TRUE;
-        default:
-            return TRUE;
+            case DLL_PROCESS_ATTACH:
+                ::DisableThreadLibraryCalls(instance);
+                return velk::host::TheApp().InitInstance(instance) ? TRUE : FALSE;
+            case DLL_PROCESS_DETACH:
+                velk::host::TheApp().ExitInstance(reserved != nullptr);
+                return TRUE;
+            default:
+                return TRUE;
         }
     } catch (...) {
         ::OutputDebugStringW(L"VELK_OEA: exception in DllMain");

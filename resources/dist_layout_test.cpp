@@ -20,8 +20,8 @@ bool IsFile(const std::wstring& path) {
 
 TEST(StagedTree, HoldsTheInstallationFilesWhereTheAddinLooks) {
     for (const wchar_t* file :
-         {L"bin\\VELK_OE.ini", L"Resource\\LanguageMap.ini", L"Resource\\en-US\\StringTable.ini",
-          L"Resource\\en-US\\VELK_OEA.dll.mui"})
+         {L"bin\\VELK_OEA.dll", L"bin\\VELK_OE.ini", L"Resource\\LanguageMap.ini",
+          L"Resource\\en-US\\StringTable.ini", L"Resource\\en-US\\VELK_OEA.dll.mui"})
         EXPECT_TRUE(IsFile(DistPath(file))) << "not staged: " << file;
 
     // The string loader finds the tables from the module folder through

@@ -46,11 +46,15 @@ TEST(CaptionColour, WindowsMailAndOutlookExpressColours) {
     Palette system;
     system.face = Rgb(212, 208, 200);
     system.gray_text = Rgb(128, 128, 128);
+    system.text = Rgb(0, 0, 0);
     const Palette oe = ClientPalette(system, false);
     const Palette wm = ClientPalette(system, true);
     EXPECT_EQ(system.face, oe.face);
     EXPECT_EQ(Rgb(24, 61, 118), wm.face);
-    EXPECT_EQ(kWhite, CaptionColour(oe, false, kVariantPlain, false));
+    // Readable on both faces: the system's text colour on Outlook Express,
+    // white on the dark Windows Mail band.
+    EXPECT_EQ(Rgb(0, 0, 0), CaptionColour(oe, false, kVariantPlain, false));
+    EXPECT_EQ(kWhite, CaptionColour(wm, true, kVariantPlain, false));
     EXPECT_EQ(Rgb(128, 128, 128), CaptionColour(oe, false, kVariantDropDown, true));
     EXPECT_EQ(Rgb(150, 150, 150), CaptionColour(wm, true, kVariantPlain, true));
     // The menu button stays readable on Windows Mail even when disabled.

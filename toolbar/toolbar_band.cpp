@@ -33,6 +33,12 @@ bool ShowCloudFeedback(settings::Profile& profile) {
     return settings::ReadInt(profile, Key::ShowCRXButton) != 0;
 }
 
+// The button's own flag: the band may sit in a client window that is hidden
+// or not yet shown, which says nothing about the button.
+bool Shown(HWND window) {
+    return (::GetWindowLongPtrW(window, GWL_STYLE) & WS_VISIBLE) != 0;
+}
+
 void PopUpUnder(HMENU menu, HWND button, HWND owner) {
     RECT r{};
     ::GetWindowRect(button, &r);
@@ -41,8 +47,7 @@ void PopUpUnder(HMENU menu, HWND button, HWND owner) {
 
 }  // namespace
 
-CToolBarBand::CToolBarBand(const ToolBarButtonRecord* records, int count, bool wmail,
-                           HBITMAP arrow)
+CToolBarBand::CToolBarBand(const ToolBarButtonRecord* records, int count, bool wmail, HBITMAP arrow)
     : m_records(records), m_nCount(count), m_theme(wmail, arrow) {
     m_commands = {
         {ID_TB_MENU_BUTTON, &CToolBarBand::OnMenuButton},
@@ -81,23 +86,23 @@ HWND CToolBarBand::button_window(int index) const {
 
 bool CToolBarBand::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
     switch (msg) {
-    case WM_INITDIALOG:
-        OnInitDialog();
-        result = FALSE;
-        return true;
-    case WM_SIZE:
-        OnSize(LOWORD(lp), HIWORD(lp));
-        return false;
-    case WM_COMMAND:
-        return OnCommand(wp, lp);
-    case WM_NOTIFY:
-        OnNotify(reinterpret_cast<const NMHDR*>(lp));
-        return false;
-    case WM_CTLCOLORDLG:
-        result = reinterpret_cast<LRESULT>(m_brush.get());
-        return true;
-    default:
-        return false;
+        case WM_INITDIALOG:
+            OnInitDialog();
+            result = FALSE;
+            return true;
+        case WM_SIZE:
+            OnSize(LOWORD(lp), HIWORD(lp));
+            return false;
+        case WM_COMMAND:
+            return OnCommand(wp, lp);
+        case WM_NOTIFY:
+            OnNotify(reinterpret_cast<const NMHDR*>(lp));
+            return false;
+        case WM_CTLCOLORDLG:
+            result = reinterpret_cast<LRESULT>(m_brush.get());
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -128,8 +133,8 @@ void CToolBarBand::OnInitDialog() {
             m_buttonIndex[m_buttons[i]->hwnd()] = i;
         }
     }
-    const ToolBarButtonRecord overflow{nullptr,          nullptr,       kOverflowCaption, L"",
-                                       kKindPushButton, kVariantPlain, 9,                ID_TB_OVERFLOW};
+    const ToolBarButtonRecord overflow{
+        nullptr, nullptr, kOverflowCaption, L"", kKindPushButton, kVariantPlain, 9, ID_TB_OVERFLOW};
     m_overflow.reset(new CToolBarButton(overflow, m_theme));
     m_overflow->Create(hwnd(), x, 0);
 
@@ -207,20 +212,26 @@ void CToolBarBand::OnNotify(const NMHDR* header) {
     }
 }
 
+void CToolBarBand::TrimLogoMenuOnFirstPopup() {
+    if (m_menuTrimmed || !m_menu)
+        return;
+    m_menuTrimmed = true;
+    if (::GetMenuState(m_menu.get(), ID_MENU_UPDATES, MF_BYCOMMAND) == 0xFFFFFFFF)
+        return;
+    // This build offers no update entry in the menu: the entry goes with the
+    // separators around it, in both sub-menus alike.
+    for (int sub : {LOGO_SUBMENU_BUTTONS_ENABLED, LOGO_SUBMENU_BUTTONS_DISABLED}) {
+        for (int position : res::kLogoMenuPositionsRemovedOnFirstPopup)
+            ::DeleteMenu(::GetSubMenu(m_menu.get(), sub), position, MF_BYPOSITION);
+    }
+}
+
 void CToolBarBand::OnMenuButton() {
     if (!m_menu)
         return;
-    if (!m_menuTrimmed && ::GetMenuState(m_menu.get(), ID_MENU_UPDATES, MF_BYCOMMAND) != 0xFFFFFFFF) {
-        // This build offers no update entry in the menu: the entry goes with
-        // the separators around it, in both sub-menus alike.
-        for (int sub : {LOGO_SUBMENU_BUTTONS_ENABLED, LOGO_SUBMENU_BUTTONS_DISABLED}) {
-            for (int position : res::kLogoMenuPositionsRemovedOnFirstPopup)
-                ::DeleteMenu(::GetSubMenu(m_menu.get(), sub), position, MF_BYPOSITION);
-        }
-    }
-    m_menuTrimmed = true;
-    HMENU sub = ::GetSubMenu(m_menu.get(), m_bEnabled ? LOGO_SUBMENU_BUTTONS_ENABLED
-                                                      : LOGO_SUBMENU_BUTTONS_DISABLED);
+    TrimLogoMenuOnFirstPopup();
+    HMENU sub = ::GetSubMenu(
+        m_menu.get(), m_bEnabled ? LOGO_SUBMENU_BUTTONS_ENABLED : LOGO_SUBMENU_BUTTONS_DISABLED);
     PopUpUnder(sub, button_window(1), hwnd());
 }
 
@@ -281,7 +292,7 @@ void CToolBarBand::OnHelp() {
     VELK_LOG(L"@@CToolBarBand::OnClickHelpMenuItem() ");
     std::wstring url;
     if (!Globals().strings.GetVELK_OLH_URL(Globals().where.install_ini, L"FunID_SPAM_EMAIL_FILTER",
-                                          url)) {
+                                           url)) {
         VELK_LOG(L"@@@ Error : Can't retrieve on-line help URL from registry.");
         return;
     }
@@ -292,7 +303,8 @@ void CToolBarBand::OnHelp() {
 }
 
 HMENU CToolBarBand::CopySubMenu(int which) const {
-    win32::unique_hmenu loaded(::LoadMenuW(host::ResourceModule(), MAKEINTRESOURCEW(IDR_LOGO_MENU)));
+    win32::unique_hmenu loaded(
+        ::LoadMenuW(host::ResourceModule(), MAKEINTRESOURCEW(IDR_LOGO_MENU)));
     if (!loaded)
         return nullptr;
     HMENU sub = ::GetSubMenu(loaded.get(), which);
@@ -304,14 +316,14 @@ HMENU CToolBarBand::CopySubMenu(int which) const {
     return sub;
 }
 
-void CToolBarBand::OnOverflowMenu() {
+win32::unique_hmenu CToolBarBand::BuildOverflowMenu() const {
     win32::unique_hmenu menu(::CreatePopupMenu());
     if (!menu)
-        return;
+        return menu;
     for (int i = 0; i < static_cast<int>(m_buttons.size()); ++i) {
         HWND button = button_window(i);
         const ToolBarButtonRecord& r = m_records[i];
-        if (button == nullptr || ::IsWindowVisible(button) || r.nVariant == kVariantSeparator)
+        if (button == nullptr || Shown(button) || r.nVariant == kVariantSeparator)
             continue;
         if (r.nId == ID_TB_MENU_BUTTON) {
             HMENU sub = CopySubMenu(m_bEnabled ? LOGO_SUBMENU_BUTTONS_ENABLED
@@ -327,7 +339,13 @@ void CToolBarBand::OnOverflowMenu() {
             ::SetMenuItemBitmaps(menu.get(), static_cast<UINT>(r.nId), MF_BYCOMMAND, r.hBitmap,
                                  r.hBitmap);
     }
-    PopUpUnder(menu.get(), overflow_window(), hwnd());
+    return menu;
+}
+
+void CToolBarBand::OnOverflowMenu() {
+    win32::unique_hmenu menu = BuildOverflowMenu();
+    if (menu)
+        PopUpUnder(menu.get(), overflow_window(), hwnd());
 }
 
 void CToolBarBand::EnableOne(int index, bool enable) {
@@ -354,7 +372,8 @@ void CToolBarBand::SwitchReportButton(bool show_fp) {
         ::GetWindowRect(spam, &r);
         ::MapWindowPoints(nullptr, hwnd(), reinterpret_cast<POINT*>(&r), 2);
         ::ShowWindow(spam, SW_HIDE);
-        ::SetWindowPos(fp, nullptr, r.left, r.top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+        ::SetWindowPos(fp, nullptr, r.left, r.top, 0, 0,
+                       SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
         ::ShowWindow(fp, SW_SHOW);
     } else {
         ::ShowWindow(fp, SW_HIDE);

@@ -19,7 +19,7 @@
 
 namespace velk::toolbar {
 
-// Positions of the records the band treats specially.
+// Positions of the records the band handles by position.
 constexpr int kReportSpamIndex = 6;
 constexpr int kReportFpIndex = 7;
 // Space kept free at the right end for the overflow button.
@@ -43,6 +43,12 @@ public:
     void SwitchReportButton(bool show_fp);
 
     int min_cy() const noexcept { return m_nMinCY; }
+    HMENU logo_menu() const noexcept { return m_menu.get(); }
+
+    // What the first pop-up of the logo menu takes out of it (once).
+    void TrimLogoMenuOnFirstPopup();
+    // The overflow menu for the buttons hidden right now; the caller owns it.
+    win32::unique_hmenu BuildOverflowMenu() const;
     HWND button_window(int index) const;
     HWND overflow_window() const { return m_overflow ? m_overflow->hwnd() : nullptr; }
 

@@ -8,7 +8,10 @@ ToolBarTheme::ToolBarTheme(bool wmail, HBITMAP arrow) : wmail_(wmail), arrow_(ar
     system.shadow = ::GetSysColor(COLOR_BTNSHADOW);
     system.highlight = ::GetSysColor(COLOR_BTNHIGHLIGHT);
     system.gray_text = ::GetSysColor(COLOR_GRAYTEXT);
-    system.text = kWhite;
+    // White text belongs to the dark Windows Mail band; on Outlook Express's
+    // light button face it would be unreadable, so captions there use the
+    // system's button text colour.
+    system.text = ::GetSysColor(COLOR_BTNTEXT);
     palette_ = ClientPalette(system, wmail);
 
     LOGFONTW lf{};

@@ -67,48 +67,49 @@ void CToolBarWnd::OnFinalMessage(HWND) {
 bool CToolBarWnd::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
     result = 0;
     switch (msg) {
-    case WM_CREATE:
-        // Top-most so the scanning process's messages are never held up
-        // behind the client's windows; never moved or shown.
-        ::SetWindowPos(hwnd(), HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
-        return true;
-    case WM_CLOSE:
-        OnClose();
-        return false;  // default processing destroys the window
-    case WM_TIMER:
-        if (wp == kBuildTimerId && !m_bBuilt) {
-            try {
-                OnBuildUserInterface(kRetryWParam, kRetryLParam);
-            } catch (...) {
-                VELK_LOG(L"@@@ Error : exception in the band build retry");
+        case WM_CREATE:
+            // Top-most so the scanning process's messages are never held up
+            // behind the client's windows; never moved or shown.
+            ::SetWindowPos(hwnd(), HWND_TOPMOST, 0, 0, 0, 0,
+                           SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+            return true;
+        case WM_CLOSE:
+            OnClose();
+            return false;  // default processing destroys the window
+        case WM_TIMER:
+            if (wp == kBuildTimerId && !m_bBuilt) {
+                try {
+                    OnBuildUserInterface(kRetryWParam, kRetryLParam);
+                } catch (...) {
+                    VELK_LOG(L"@@@ Error : exception in the band build retry");
+                }
             }
-        }
-        return false;
-    case host::kMsgBuildBand:
-        OnBuildUserInterface(wp, lp);
-        return true;
-    case host::kMsgTearDownBand:
-        result = OnDestroyBand();
-        return true;
-    case host::kMsgHookClient:
-        result = host::CHostHook::Instance().OnHookOE(reinterpret_cast<HWND>(wp));
-        return true;
-    case host::kMsgUnhookWMail:
-        result = host::CHostHook::Instance().OnUnhookWMail();
-        return true;
-    case host::kMsgCompanionReady:
-        host::CHostHook::Instance().SetReady();
-        return true;
-    case host::kMsgSwitchReportButton:
-        if (m_band && m_band->hwnd() != nullptr && m_band->enabled())
-            m_band->SwitchReportButton(lp != 0);
-        return true;
-    case WM_COPYDATA:
-        result = m_actions->OnCopyData(reinterpret_cast<HWND>(wp),
-                                       reinterpret_cast<const COPYDATASTRUCT*>(lp));
-        return true;
-    default:
-        return false;
+            return false;
+        case host::kMsgBuildBand:
+            OnBuildUserInterface(wp, lp);
+            return true;
+        case host::kMsgTearDownBand:
+            result = OnDestroyBand();
+            return true;
+        case host::kMsgHookClient:
+            result = host::CHostHook::Instance().OnHookOE(reinterpret_cast<HWND>(wp));
+            return true;
+        case host::kMsgUnhookWMail:
+            result = host::CHostHook::Instance().OnUnhookWMail();
+            return true;
+        case host::kMsgCompanionReady:
+            host::CHostHook::Instance().SetReady();
+            return true;
+        case host::kMsgSwitchReportButton:
+            if (m_band && m_band->hwnd() != nullptr && m_band->enabled())
+                m_band->SwitchReportButton(lp != 0);
+            return true;
+        case WM_COPYDATA:
+            result = m_actions->OnCopyData(reinterpret_cast<HWND>(wp),
+                                           reinterpret_cast<const COPYDATASTRUCT*>(lp));
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -148,15 +149,15 @@ void CToolBarWnd::FillRecords(bool show_report_buttons) {
     menu.nStyle = 9;
     menu.nId = ID_TB_MENU_BUTTON;
 
-    m_records[2] = ToolBarButtonRecord{nullptr, nullptr, L"", L"", kKindSeparator, kVariantPlain,
-                                       9, -1};
+    m_records[2] =
+        ToolBarButtonRecord{nullptr, nullptr, L"", L"", kKindSeparator, kVariantPlain, 9, -1};
     if (!show_report_buttons)
         return;
-    m_records[5] = ToolBarButtonRecord{nullptr, nullptr, L"", L"", kKindSeparator,
-                                       kVariantSeparator, 9, -1};
+    m_records[5] =
+        ToolBarButtonRecord{nullptr, nullptr, L"", L"", kKindSeparator, kVariantSeparator, 9, -1};
     m_bitmaps[6] = LoadBandBitmap(profile, folder, Key::VELKReportSpamIcon, IDB_REPORT_SPAM);
-    m_bitmapsDisabled[6] = LoadBandBitmap(profile, folder, Key::VELKReportSpamIconDisabled,
-                                          IDB_REPORT_SPAM_DISABLED);
+    m_bitmapsDisabled[6] =
+        LoadBandBitmap(profile, folder, Key::VELKReportSpamIconDisabled, IDB_REPORT_SPAM_DISABLED);
     m_records[6] = ToolBarButtonRecord{m_bitmaps[6].get(),
                                        m_bitmapsDisabled[6].get(),
                                        strings.LoadStringW(L"IDS_RPTSPAM_CAPTION"),
@@ -166,8 +167,8 @@ void CToolBarWnd::FillRecords(bool show_report_buttons) {
                                        9,
                                        ID_TB_REPORT_SPAM};
     m_bitmaps[7] = LoadBandBitmap(profile, folder, Key::VELKReportFpIcon, IDB_REPORT_FP);
-    m_bitmapsDisabled[7] = LoadBandBitmap(profile, folder, Key::VELKReportFpIconDisabled,
-                                          IDB_REPORT_FP_DISABLED);
+    m_bitmapsDisabled[7] =
+        LoadBandBitmap(profile, folder, Key::VELKReportFpIconDisabled, IDB_REPORT_FP_DISABLED);
     m_records[7] = ToolBarButtonRecord{m_bitmaps[7].get(),
                                        m_bitmapsDisabled[7].get(),
                                        strings.LoadStringW(L"IDS_RPTFP_CAPTION"),
@@ -212,8 +213,7 @@ void CToolBarWnd::OnBuildUserInterface(WPARAM wp, LPARAM lp) {
     m_bitmaps[0] = LoadBandBitmap(install, folder, Key::VELKLogo, IDB_LOGO);
 
     Globals().user_id = host::LookupIdentityId();
-    host::RunPerUserStart(Globals().where, Globals().user_id,
-                          host::CComUtilSet::IsX64System());
+    host::RunPerUserStart(Globals().where, Globals().user_id, host::CComUtilSet::IsX64System());
     settings::IniProfile profile(Globals().where);
 
     if (!Globals().strings.Initialize(L"VELK_OE_AGENT")) {

@@ -55,9 +55,11 @@ protected:
     bool ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) override;
     void OnFinalMessage(HWND hwnd) override;
 
+public:
+    ~CToolBarWnd() override;
+
 private:
     CToolBarWnd();
-    ~CToolBarWnd() override;
 
     void FillRecords(bool show_report_buttons);
     bool InsertBand();

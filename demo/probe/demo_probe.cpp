@@ -124,11 +124,11 @@ void ShowFolder(std::uint32_t folder, const std::wstring& name) {
         if (FAILED(g_store.read(folder, ids[i], bytes.data(), size, &size)))
             continue;
         const std::vector<velk::demo::HeaderField> fields = velk::demo::HeaderFields(bytes);
-        std::wstring columns[3] = {Wide(velk::demo::DecodeEncodedWords(
-                                       velk::demo::FindField(fields, "From").value_or(""))),
-                                   Wide(velk::demo::DecodeEncodedWords(
-                                       velk::demo::FindField(fields, "Subject").value_or(""))),
-                                   Wide(velk::demo::FindField(fields, "Date").value_or(""))};
+        std::wstring columns[3] = {
+            Wide(velk::demo::SenderDisplayName(velk::demo::FindField(fields, "From").value_or(""))),
+            Wide(velk::demo::DecodeEncodedWords(
+                velk::demo::FindField(fields, "Subject").value_or(""))),
+            Wide(velk::demo::FindField(fields, "Date").value_or(""))};
         LVITEMW item{};
         item.mask = LVIF_TEXT;
         item.iItem = static_cast<int>(i);

@@ -1,0 +1,442 @@
+// The add-in inside the mail-client stand-in, with the scanning-process
+// stand-in listening: what a user and the scanning process see.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+#include <commctrl.h>
+#include <shellapi.h>
+#include <shlobj.h>
+#include <shlwapi.h>
+
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "common_src/win32/handles.h"
+#include "host/file_version.h"
+#include "host/version_text.h"
+#include "host/window_identifiers.h"
+#include "resources/resource_ids.h"
+#include "tools/store_stub/store_stub_control.h"
+
+namespace {
+
+using velk::win32::unique_handle;
+using velk::win32::unique_hkey;
+
+constexpr wchar_t kAppDefaults[] = L"Software\\Wine\\AppDefaults\\mail_client_stub.exe";
+constexpr UINT kBandId = 3339;
+
+void SetString(const std::wstring& key_path, const wchar_t* name, const std::wstring& value) {
+    unique_hkey key;
+    ::RegCreateKeyExW(HKEY_CURRENT_USER, key_path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                      key.put(), nullptr);
+    ::RegSetValueExW(key.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
+                     static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+}
+
+std::string ReadAll(const std::wstring& path) {
+    std::ifstream in(path.c_str(), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+std::wstring Ini(const std::wstring& file, const wchar_t* section, const wchar_t* key) {
+    wchar_t buffer[256] = L"";
+    ::GetPrivateProfileStringW(section, key, L"<none>", buffer, 256, file.c_str());
+    return buffer;
+}
+
+// Polls `done` for up to `ms`, pumping this thread's messages meanwhile.
+bool WaitFor(const std::function<bool()>& done, DWORD ms = 5000) {
+    const DWORD start = ::GetTickCount();
+    while (!done()) {
+        if (::GetTickCount() - start > ms)
+            return false;
+        ::Sleep(20);
+    }
+    return true;
+}
+
+unique_handle StartProcess(std::wstring cmd, HANDLE nul) {
+    STARTUPINFOW si{};
+    si.cb = sizeof(si);
+    si.dwFlags = STARTF_USESTDHANDLES;
+    si.hStdInput = si.hStdOutput = si.hStdError = nul;
+    PROCESS_INFORMATION pi{};
+    if (!::CreateProcessW(nullptr, &cmd[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &si,
+                          &pi)) {
+        return unique_handle();
+    }
+    ::CloseHandle(pi.hThread);
+    return unique_handle(pi.hProcess);
+}
+
+// A private copy of the staged installation per test, so each may change its
+// installation file and carry a "VELK_OE.exe" with a version resource.
+class AddinWorld : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        // Without a window manager Wine waits 2 s at each managed window's end.
+        SetString(std::wstring(kAppDefaults) + L"\\X11 Driver", L"Managed", L"N");
+    }
+    static void TearDownTestSuite() { ::SHDeleteKeyW(HKEY_CURRENT_USER, kAppDefaults); }
+
+    void SetUp() override {
+        wchar_t temp[MAX_PATH];
+        ::GetTempPathW(MAX_PATH, temp);
+        const std::string name = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        root_ = std::wstring(temp) + L"velk_tb_" + std::wstring(name.begin(), name.end()) + L"\\";
+        ::SHCreateDirectoryExW(nullptr, (root_ + L"bin").c_str(), nullptr);
+        ::SHCreateDirectoryExW(nullptr, (root_ + L"Resource\\en-US").c_str(), nullptr);
+        const std::wstring dist = VELK_TEST_DIST;
+        for (const wchar_t* f :
+             {L"bin\\VELK_OEA.dll", L"bin\\VELK_OE.ini", L"Resource\\LanguageMap.ini",
+              L"Resource\\en-US\\StringTable.ini", L"Resource\\en-US\\VELK_OEA.dll.mui"}) {
+            ASSERT_TRUE(::CopyFileW((dist + L"\\" + f).c_str(), (root_ + f).c_str(), FALSE))
+                << "not staged: " << std::string(f, f + wcslen(f));
+        }
+        // Any file with a version resource plays the scanning process's exe here.
+        ::CopyFileW((root_ + L"bin\\VELK_OEA.dll").c_str(), (root_ + L"bin\\VELK_OE.exe").c_str(),
+                    FALSE);
+        addin_ = root_ + L"bin\\VELK_OEA.dll";
+        install_ini_ = root_ + L"bin\\VELK_OE.ini";
+        events_ = root_ + L"events.txt";
+        heard_ = root_ + L"scanner.txt";
+        identity_ = L"{tb-" + std::wstring(name.begin(), name.end()) + L"}";
+        wchar_t data[MAX_PATH];
+        ::ExpandEnvironmentStringsW(L"%ProgramData%", data, MAX_PATH);
+        user_dir_ = std::wstring(data) + L"\\Nuvexa\\OE\\Users\\" + identity_ + L"\\";
+        ::SHDeleteKeyW(HKEY_CURRENT_USER,
+                       L"Software\\Wine\\AppDefaults\\mail_client_stub.exe\\Version");
+        DeleteTree(user_dir_);
+        SECURITY_ATTRIBUTES sa{sizeof(sa), nullptr, TRUE};
+        nul_.reset(::CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
+                                 FILE_SHARE_READ | FILE_SHARE_WRITE, &sa, OPEN_EXISTING, 0,
+                                 nullptr));
+    }
+    void TearDown() override {
+        StopAll();
+        unique_hkey key;
+        if (::RegOpenKeyExW(HKEY_CURRENT_USER, kAppDefaults, 0, KEY_ALL_ACCESS, key.put()) ==
+            ERROR_SUCCESS)
+            ::RegDeleteValueW(key.get(), L"Version");
+        DeleteTree(root_);
+        DeleteTree(user_dir_);
+    }
+    static void DeleteTree(const std::wstring& dir) {
+        std::wstring from = dir + L'\0';
+        SHFILEOPSTRUCTW op{};
+        op.wFunc = FO_DELETE;
+        op.pFrom = from.c_str();
+        op.fFlags = FOF_NO_UI;
+        ::SHFileOperationW(&op);
+    }
+
+    // Outlook Express: the stand-in's system reports Windows XP x64.
+    void PlayOutlookExpress() { SetString(kAppDefaults, L"Version", L"winxp64"); }
+
+    void StartScanner() {
+        std::wstring cmd =
+            std::wstring(L"\"") + VELK_SCANNER_STUB_EXE + L"\" listen --log \"" + heard_ + L"\"";
+        scanner_ = StartProcess(cmd, nul_.get());
+        ASSERT_TRUE(scanner_);
+        ASSERT_TRUE(
+            WaitFor([] { return ::FindWindowW(nullptr, velk::host::kCompanionWindowTitle); }));
+    }
+    void StartClient(const std::wstring& args) {
+        std::wstring cmd = std::wstring(L"\"") + VELK_MAIL_CLIENT_STUB_EXE + L"\" --identity " +
+                           identity_ + L" --events \"" + events_ + L"\" --addin \"" + addin_ +
+                           L"\" " + args;
+        client_ = StartProcess(cmd, nul_.get());
+        ASSERT_TRUE(client_);
+    }
+    // Until the client process has ended; its exit code.
+    DWORD WaitClient(DWORD ms = 20000) {
+        if (::WaitForSingleObject(client_.get(), ms) != WAIT_OBJECT_0) {
+            ::TerminateProcess(client_.get(), 99);
+            return 99;
+        }
+        DWORD code = 0;
+        ::GetExitCodeProcess(client_.get(), &code);
+        client_.reset();
+        return code;
+    }
+    void StopAll() {
+        if (client_) {
+            if (HWND main = MainWindow())
+                ::PostMessageW(main, WM_CLOSE, 0, 0);
+            WaitClient(10000);
+        }
+        if (scanner_) {
+            if (HWND s = ::FindWindowW(nullptr, velk::host::kCompanionWindowTitle))
+                ::PostMessageW(s, WM_CLOSE, 0, 0);
+            if (::WaitForSingleObject(scanner_.get(), 10000) != WAIT_OBJECT_0)
+                ::TerminateProcess(scanner_.get(), 99);
+            scanner_.reset();
+        }
+    }
+
+    static HWND MainWindow() { return ::FindWindowW(velk::host::kClientMainWindowClass, nullptr); }
+    static HWND Rebar(int which) {
+        HWND sizable = ::FindWindowExW(MainWindow(), nullptr, L"SizableRebar", nullptr);
+        HWND rebar = ::FindWindowExW(sizable, nullptr, REBARCLASSNAMEW, nullptr);
+        for (int i = 0; i < which && rebar != nullptr; ++i)
+            rebar = ::FindWindowExW(sizable, rebar, REBARCLASSNAMEW, nullptr);
+        return rebar;
+    }
+    static int BandIndex(HWND rebar) {
+        return rebar ? static_cast<int>(::SendMessageW(rebar, RB_IDTOINDEX, kBandId, 0)) : -1;
+    }
+    // The band dialog: the rebar's child holding the logo button.
+    static HWND Band(HWND rebar) {
+        for (HWND child = ::FindWindowExW(rebar, nullptr, nullptr, nullptr); child != nullptr;
+             child = ::FindWindowExW(rebar, child, nullptr, nullptr)) {
+            if (::GetDlgItem(child, ID_TB_LOGO) != nullptr)
+                return child;
+        }
+        return nullptr;
+    }
+    static bool Visible(HWND band, int id) {
+        HWND b = ::GetDlgItem(band, id);
+        return b != nullptr && ::IsWindowVisible(b);
+    }
+    static void Click(HWND band, int id) {
+        HWND b = ::GetDlgItem(band, id);
+        ::PostMessageW(b, WM_MOUSEMOVE, 0, MAKELPARAM(3, 3));
+        ::PostMessageW(b, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+        ::PostMessageW(b, WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
+    }
+    bool Heard(const std::string& line) {
+        return WaitFor([&] { return ReadAll(heard_).find(line) != std::string::npos; });
+    }
+    std::string Events() const { return ReadAll(events_); }
+    std::wstring UserIni() const { return user_dir_ + L"VELK_OE.ini"; }
+
+    std::wstring root_, addin_, install_ini_, events_, heard_, identity_, user_dir_;
+    velk::win32::unique_file nul_;
+    unique_handle client_, scanner_;
+};
+
+TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitches) {
+    StartScanner();
+    StartClient(L"--exit-after 60000");
+    HWND band = nullptr;
+    ASSERT_TRUE(WaitFor([&] { return (band = Band(Rebar(1))) != nullptr; })) << Events();
+    // Windows Mail: the second rebar, never the first.
+    EXPECT_EQ(-1, BandIndex(Rebar(0)));
+    EXPECT_GE(BandIndex(Rebar(1)), 0);
+    for (int id : {ID_TB_LOGO, ID_TB_MENU_BUTTON, ID_TB_REPORT_SPAM})
+        EXPECT_TRUE(Visible(band, id)) << id;
+    EXPECT_FALSE(Visible(band, ID_TB_REPORT_FP));
+
+    Click(band, ID_TB_REPORT_SPAM);
+    EXPECT_TRUE(Heard("posted WM_USER+17 "));
+
+    // The scanning process asks for Report FP in Report Spam's place.
+    HWND toolbar = ::FindWindowW(velk::host::kToolBarWindowClass, nullptr);
+    ASSERT_NE(nullptr, toolbar);
+    RECT spam{}, fp{};
+    ::GetWindowRect(::GetDlgItem(band, ID_TB_REPORT_SPAM), &spam);
+    ::SendMessageW(toolbar, velk::host::kMsgSwitchReportButton, 0, 1);
+    EXPECT_FALSE(Visible(band, ID_TB_REPORT_SPAM));
+    EXPECT_TRUE(Visible(band, ID_TB_REPORT_FP));
+    ::GetWindowRect(::GetDlgItem(band, ID_TB_REPORT_FP), &fp);
+    EXPECT_EQ(spam.left, fp.left);
+    Click(band, ID_TB_REPORT_FP);
+    EXPECT_TRUE(Heard("posted WM_USER+18 "));
+    ::SendMessageW(toolbar, velk::host::kMsgSwitchReportButton, 0, 0);
+    EXPECT_TRUE(Visible(band, ID_TB_REPORT_SPAM));
+    EXPECT_FALSE(Visible(band, ID_TB_REPORT_FP));
+
+    // The forwarded commands; none while the settings sheet is open (its
+    // marker window here stands for it).
+    ::SendMessageW(band, WM_COMMAND, ID_TB_POST_USER14, 0);
+    ::SendMessageW(band, WM_COMMAND, ID_TB_POST_USER19, 0);
+    EXPECT_TRUE(Heard("posted WM_USER+19 "));
+    EXPECT_NE(std::string::npos, ReadAll(heard_).find("posted WM_USER+14 "));
+    {
+        velk::win32::unique_hwnd sheet(
+            ::CreateWindowW(L"STATIC", velk::host::kSettingsSheetWindowTitle, WS_POPUP, 0, 0, 0, 0,
+                            nullptr, nullptr, nullptr, nullptr));
+        ASSERT_TRUE(sheet);
+        ::SendMessageW(band, WM_COMMAND, ID_TB_POST_USER15, 0);
+        ::SendMessageW(band, WM_COMMAND, ID_TB_REPORT_SPAM, 0);
+    }
+    ::SendMessageW(band, WM_COMMAND, ID_TB_POST_USER19, 0);
+    ASSERT_TRUE(WaitFor([&] {
+        const std::string heard = ReadAll(heard_);
+        return heard.find("WM_USER+19") != heard.rfind("WM_USER+19");
+    }));
+    EXPECT_EQ(std::string::npos, ReadAll(heard_).find("WM_USER+15 "));
+    const std::string heard = ReadAll(heard_);
+    EXPECT_EQ(heard.find("posted WM_USER+17 "), heard.rfind("posted WM_USER+17 ")) << heard;
+
+    // Disable and enable from the logo menu: the user's file and the scanner.
+    ::SendMessageW(band, WM_COMMAND, ID_MENU_DISABLE_TOOLBAR, 0);
+    EXPECT_EQ(L"0", Ini(UserIni(), L"Antispam", L"EnableTBar"));
+    EXPECT_TRUE(Heard("posted WM_USER+45 "));
+    // Disabled, the band ignores the report switch.
+    ::SendMessageW(toolbar, velk::host::kMsgSwitchReportButton, 0, 1);
+    EXPECT_TRUE(Visible(band, ID_TB_REPORT_SPAM));
+    ::SendMessageW(band, WM_COMMAND, ID_MENU_ENABLE_TOOLBAR, 0);
+    EXPECT_EQ(L"1", Ini(UserIni(), L"Antispam", L"EnableTBar"));
+
+    // The exports, each twice: one band out, one band in.
+    HWND main = MainWindow();
+    const LRESULT bands = ::SendMessageW(Rebar(1), RB_GETBANDCOUNT, 0, 0);
+    ::SendMessageW(main, WM_APP + 3, 0, 0);
+    ::SendMessageW(main, WM_APP + 3, 0, 0);
+    EXPECT_EQ(-1, BandIndex(Rebar(1)));
+    EXPECT_EQ(bands - 1, ::SendMessageW(Rebar(1), RB_GETBANDCOUNT, 0, 0));
+    ::SendMessageW(main, WM_APP + 2, 0, 0);
+    ::SendMessageW(main, WM_APP + 2, 0, 0);
+    EXPECT_EQ(bands, ::SendMessageW(Rebar(1), RB_GETBANDCOUNT, 0, 0));
+    EXPECT_GE(BandIndex(Rebar(1)), 0);
+
+    ::PostMessageW(main, WM_CLOSE, 0, 0);
+    EXPECT_EQ(0u, WaitClient());
+    EXPECT_NE(std::string::npos, Events().find(" ok ms=")) << Events();
+}
+
+TEST_F(AddinWorld, OutlookExpressLateWindowIsHookedAndClosesCleanlyWithPerUserStart) {
+    PlayOutlookExpress();
+    ::WritePrivateProfileStringW(L"General", L"ProtectLevel", L"3", install_ini_.c_str());
+    ::WritePrivateProfileStringW(L"General", L"ShowReportButton", L"0", install_ini_.c_str());
+    ::WritePrivateProfileStringW(L"General", L"Debug", L"1", install_ini_.c_str());
+    ::SHCreateDirectoryExW(nullptr, (user_dir_ + L"log").c_str(), nullptr);
+    StartClient(L"--mode oe --late 700 --exit-after 60000");
+    HWND band = nullptr;
+    // The window comes after the add-in; the retry finds it within a second.
+    ASSERT_TRUE(WaitFor([&] { return (band = Band(Rebar(0))) != nullptr; }, 8000)) << Events();
+    EXPECT_TRUE(Visible(band, ID_TB_LOGO));
+    EXPECT_EQ(nullptr, ::GetDlgItem(band, ID_TB_REPORT_SPAM));
+    EXPECT_EQ(nullptr, ::GetDlgItem(band, ID_TB_REPORT_FP));
+
+    // The per-user start of this first build.
+    const std::wstring version =
+        velk::host::ReduceFileVersion(velk::host::ReadFileVersionText(root_ + L"bin\\VELK_OE.exe"));
+    ASSERT_FALSE(version.empty());
+    EXPECT_EQ(L"1", Ini(UserIni(), L"General", L"VELKStartTimes"));
+    EXPECT_EQ(version, Ini(UserIni(), L"Antispam", L"VELKOEVer"));
+    EXPECT_EQ(L"3", Ini(UserIni(), L"General", L"ProtectLevel"));
+    EXPECT_EQ(L"1", Ini(UserIni(), L"General", L"SettedPLevel"));
+    wchar_t data[MAX_PATH];
+    ::ExpandEnvironmentStringsW(L"%ProgramData%\\Nuvexa\\VELK_common\\VELK_version.ini", data,
+                                MAX_PATH);
+    EXPECT_EQ(version, Ini(data, L"VELK_OE64", L"DeployVersion"));
+    EXPECT_EQ(L"145", Ini(data, L"VELK_OE64", L"type"));
+
+    // Debug on: the log is open, and the help command reports what it lacks.
+    ::SendMessageW(band, WM_COMMAND, ID_MENU_HELP, 0);
+    WIN32_FIND_DATAW found{};
+    HANDLE any = ::FindFirstFileW((user_dir_ + L"log\\VELKAgent*.log").c_str(), &found);
+    ASSERT_NE(INVALID_HANDLE_VALUE, any) << "no log";
+    ::FindClose(any);
+    const std::string log = ReadAll(user_dir_ + L"log\\" + found.cFileName);
+    EXPECT_NE(std::string::npos, log.find("VLEK_OE version: ")) << log;
+    EXPECT_NE(std::string::npos, log.find("Can't retrieve on-line help URL from registry.")) << log;
+
+    ::PostMessageW(MainWindow(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(0u, WaitClient());
+    // The band was gone and the client's procedure back before it saw WM_CLOSE.
+    EXPECT_NE(std::string::npos, Events().find("wm-close band=0 hooked=0")) << Events();
+
+    // A second start counts on; the user's own value outlives a changed preset.
+    ::WritePrivateProfileStringW(L"General", L"ProtectLevel", L"1", UserIni().c_str());
+    ::WritePrivateProfileStringW(L"General", L"ProtectLevel", L"2", install_ini_.c_str());
+    // This time the add-in stays until the process ends: unloaded at exit.
+    StartClient(L"--mode oe --no-free --run wait=300,close --exit-after 20000");
+    EXPECT_EQ(0u, WaitClient());
+    EXPECT_EQ(L"2", Ini(UserIni(), L"General", L"VELKStartTimes"));
+    EXPECT_EQ(L"1", Ini(UserIni(), L"General", L"ProtectLevel"));
+}
+
+TEST_F(AddinWorld, SecondCopyRefusesToLoadAndNarrowBandOverflows) {
+    const std::wstring copy = root_ + L"bin\\VELK_OEA_copy.dll";
+    ASSERT_TRUE(::CopyFileW(addin_.c_str(), copy.c_str(), FALSE));
+    StartClient(L"--addin \"" + copy + L"\" --exit-after 60000");
+    HWND band = nullptr;
+    ASSERT_TRUE(WaitFor([&] { return (band = Band(Rebar(1))) != nullptr; })) << Events();
+    // The band is up while the first LoadLibrary still runs: wait for both.
+    WaitFor([&] { return Events().find("VELK_OEA_copy.dll") != std::string::npos; });
+    const std::string events = Events();
+    EXPECT_NE(std::string::npos, events.find("VELK_OEA.dll ok")) << events;
+    EXPECT_NE(std::string::npos, events.find("VELK_OEA_copy.dll failed")) << events;
+
+    HWND overflow = ::GetDlgItem(band, ID_TB_OVERFLOW);
+    ASSERT_NE(nullptr, overflow);
+    ::SetWindowPos(MainWindow(), nullptr, 0, 0, 900, 500, SWP_NOMOVE | SWP_NOZORDER);
+    EXPECT_TRUE(WaitFor([&] { return !::IsWindowVisible(overflow); }));
+    EXPECT_TRUE(Visible(band, ID_TB_REPORT_SPAM));
+    // Narrow: the report button goes, the overflow button comes.
+    ::SetWindowPos(MainWindow(), nullptr, 0, 0, 160, 300, SWP_NOMOVE | SWP_NOZORDER);
+    EXPECT_TRUE(WaitFor([&] { return ::IsWindowVisible(overflow) != FALSE; })) << Events();
+    EXPECT_FALSE(Visible(band, ID_TB_REPORT_SPAM));
+    EXPECT_TRUE(Visible(band, ID_TB_LOGO));
+    ::SetWindowPos(MainWindow(), nullptr, 0, 0, 900, 500, SWP_NOMOVE | SWP_NOZORDER);
+    EXPECT_TRUE(WaitFor([&] { return !::IsWindowVisible(overflow); }));
+    EXPECT_TRUE(Visible(band, ID_TB_REPORT_SPAM));
+
+    // FreeLibrary while the client runs, worker idle: quick, and the client
+    // goes on and ends normally.
+    const DWORD before = ::GetTickCount();
+    EXPECT_EQ(1, ::SendMessageW(MainWindow(), WM_APP + 4, 0, 0));
+    EXPECT_LT(::GetTickCount() - before, 3000u);
+    ::PostMessageW(MainWindow(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(0u, WaitClient()) << Events();
+}
+
+TEST_F(AddinWorld, MoveRequestReachesTheMailboxAlthoughTheClientUnloadsWhileTheWorkerIsBusy) {
+    velk::tools::StoreStub store;
+    ASSERT_TRUE(store.Load());
+    ASSERT_EQ(S_OK, store.Register());
+    const std::wstring mailbox = root_ + L"mbox";
+    ::CreateDirectoryW(mailbox.c_str(), nullptr);
+    ASSERT_EQ(S_OK, store.SetMailboxRoot(mailbox));
+    store.CreateFolder(1);
+    store.CreateFolder(2);
+    ASSERT_EQ(S_OK, store.PutMessage(1, 1, "Subject: cheap pills\r\n\r\nbody\r\n"));
+
+    const std::wstring probe_log = root_ + L"probe.txt";
+    const std::wstring release_name =
+        L"velk_tb_release_" + std::to_wstring(::GetCurrentProcessId());
+    unique_handle release(::CreateEventW(nullptr, TRUE, FALSE, release_name.c_str()));
+    ::SetEnvironmentVariableW(L"VELK_PROBE_LOG", probe_log.c_str());
+    ::SetEnvironmentVariableW(L"VELK_PROBE_STORE_ROOT", mailbox.c_str());
+    ::SetEnvironmentVariableW(L"VELK_PROBE_HOLD", L"GetFolder");
+    ::SetEnvironmentVariableW(L"VELK_PROBE_RELEASE_EVENT", release_name.c_str());
+    StartClient(L"--addin \"" + std::wstring(VELK_TEST_PROBE) +
+                L"\" --run set-browser --exit-after 60000");
+    for (const wchar_t* name : {L"VELK_PROBE_LOG", L"VELK_PROBE_STORE_ROOT", L"VELK_PROBE_HOLD",
+                                L"VELK_PROBE_RELEASE_EVENT"})
+        ::SetEnvironmentVariableW(name, nullptr);
+    ASSERT_TRUE(WaitFor([&] { return ReadAll(probe_log).find("store") != std::string::npos; }))
+        << Events();
+
+    std::wstring move = std::wstring(L"\"") + VELK_SCANNER_STUB_EXE +
+                        L"\" move --src 1 --dst 2 --msg 1 --headers \"X-Spam-Score: 9\"";
+    unique_handle sender = StartProcess(move, nul_.get());
+    ASSERT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(sender.get(), 20000));
+    ASSERT_TRUE(WaitFor([&] { return ReadAll(probe_log).find("held") != std::string::npos; }))
+        << ReadAll(probe_log);
+
+    // The worker sits inside a store call; the client lets go of the add-in.
+    const DWORD before = ::GetTickCount();
+    EXPECT_EQ(1, ::SendMessageW(MainWindow(), WM_APP + 4, 0, 0));
+    EXPECT_LT(::GetTickCount() - before, 3000u);
+    ::SetEvent(release.get());
+
+    // The request completes in the still-mapped add-in.
+    EXPECT_TRUE(WaitFor([&] { return store.HasMessage(2, 1) && !store.HasMessage(1, 1); }));
+    const std::string moved = store.ReadMessage(2, 1);
+    EXPECT_NE(std::string::npos, moved.find("X-Spam-Score: 9")) << moved;
+    EXPECT_NE(std::string::npos, moved.find("X-Nuvexa-AntispamAddin-Checked")) << moved;
+
+    // And the client still closes normally, the add-in unloading at its exit.
+    ::PostMessageW(MainWindow(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(0u, WaitClient()) << Events();
+    EXPECT_NE(std::string::npos, Events().find(" exit")) << Events();
+}
+
+}  // namespace
