@@ -25,6 +25,28 @@ namespace {
 using velk::win32::unique_handle;
 using velk::win32::unique_hkey;
 
+std::string Narrow(const std::wstring& ascii) {
+    std::string out;
+    for (wchar_t c : ascii)
+        out += static_cast<char>(c);
+    return out;
+}
+
+// Copied under another name, this program stands in for what the add-in
+// starts (the scanning process, the logo's web site): it only notes its
+// command line in "<its path>.started" and ends, before any test runs.
+[[maybe_unused]] const bool kRecordedStart = [] {
+    wchar_t self[MAX_PATH] = L"";
+    ::GetModuleFileNameW(nullptr, self, MAX_PATH);
+    const wchar_t* name = ::PathFindFileNameW(self);
+    if (_wcsicmp(name, L"VELK_OE.exe") != 0 && _wcsicmp(name, L"logo_site.exe") != 0)
+        return false;
+    std::ofstream out((std::wstring(self) + L".started").c_str(), std::ios::binary | std::ios::app);
+    out << Narrow(::GetCommandLineW()) << '\n';
+    out.close();
+    ::ExitProcess(0);
+}();
+
 constexpr wchar_t kAppDefaults[] = L"Software\\Wine\\AppDefaults\\mail_client_stub.exe";
 constexpr UINT kBandId = 3339;
 
@@ -168,6 +190,9 @@ protected:
                 ::PostMessageW(main, WM_CLOSE, 0, 0);
             WaitClient(10000);
         }
+        StopScanner();
+    }
+    void StopScanner() {
         if (scanner_) {
             if (HWND s = ::FindWindowW(nullptr, velk::host::kCompanionWindowTitle))
                 ::PostMessageW(s, WM_CLOSE, 0, 0);
@@ -177,6 +202,11 @@ protected:
         }
     }
 
+    static std::wstring Self() {
+        wchar_t self[MAX_PATH] = L"";
+        ::GetModuleFileNameW(nullptr, self, MAX_PATH);
+        return self;
+    }
     static HWND MainWindow() { return ::FindWindowW(velk::host::kClientMainWindowClass, nullptr); }
     static HWND Rebar(int which) {
         HWND sizable = ::FindWindowExW(MainWindow(), nullptr, L"SizableRebar", nullptr);
@@ -223,6 +253,8 @@ TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitch
     StartClient(L"--exit-after 60000");
     HWND band = nullptr;
     ASSERT_TRUE(WaitFor([&] { return (band = Band(Rebar(1))) != nullptr; })) << Events();
+    // The band is in the rebar before its first layout has shown the buttons.
+    ASSERT_TRUE(WaitFor([&] { return Visible(band, ID_TB_LOGO); }));
     // Windows Mail: the second rebar, never the first.
     EXPECT_EQ(-1, BandIndex(Rebar(0)));
     EXPECT_GE(BandIndex(Rebar(1)), 0);
@@ -272,6 +304,35 @@ TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitch
     const std::string heard = ReadAll(heard_);
     EXPECT_EQ(heard.find("posted WM_USER+17 "), heard.rfind("posted WM_USER+17 ")) << heard;
 
+    // The logo opens the configured site; with Shift held it asks the
+    // scanning process instead. Shift is set in the input state the client's
+    // thread shares with this one while attached, where GetKeyState looks.
+    const std::wstring site = root_ + L"logo_site.exe";
+    ASSERT_TRUE(::CopyFileW(Self().c_str(), site.c_str(), FALSE));
+    ::WritePrivateProfileStringW(L"General", L"WebSiteForLogo", site.c_str(), install_ini_.c_str());
+    ::SendMessageW(band, WM_COMMAND, ID_TB_LOGO, 0);
+    EXPECT_TRUE(WaitFor([&] { return !ReadAll(site + L".started").empty(); })) << "site not opened";
+    ::DeleteFileW((site + L".started").c_str());
+    {
+        MSG none;
+        ::PeekMessageW(&none, nullptr, 0, 0, PM_NOREMOVE);  // this thread's input queue
+        const DWORD client_thread = ::GetWindowThreadProcessId(band, nullptr);
+        ASSERT_TRUE(::AttachThreadInput(::GetCurrentThreadId(), client_thread, TRUE));
+        BYTE keys[256] = {};
+        ::GetKeyboardState(keys);
+        keys[VK_SHIFT] = keys[VK_LSHIFT] = 0x80;
+        ::SetKeyboardState(keys);
+        ::SendMessageW(band, WM_COMMAND, ID_TB_LOGO, 0);
+        keys[VK_SHIFT] = keys[VK_LSHIFT] = 0;
+        ::SetKeyboardState(keys);
+        ::AttachThreadInput(::GetCurrentThreadId(), client_thread, FALSE);
+    }
+    // Posted in order: a WM_USER+29 from the plain click would come first.
+    EXPECT_TRUE(Heard("posted WM_USER+29 "));
+    const std::string logo = ReadAll(heard_);
+    EXPECT_EQ(logo.find("WM_USER+29"), logo.rfind("WM_USER+29")) << logo;
+    EXPECT_TRUE(ReadAll(site + L".started").empty()) << "Shift still opened the site";
+
     // Disable and enable from the logo menu: the user's file and the scanner.
     ::SendMessageW(band, WM_COMMAND, ID_MENU_DISABLE_TOOLBAR, 0);
     EXPECT_EQ(L"0", Ini(UserIni(), L"Antispam", L"EnableTBar"));
@@ -279,8 +340,29 @@ TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitch
     // Disabled, the band ignores the report switch.
     ::SendMessageW(toolbar, velk::host::kMsgSwitchReportButton, 0, 1);
     EXPECT_TRUE(Visible(band, ID_TB_REPORT_SPAM));
+    // Enabling starts the scanning process only when its window is absent.
+    const std::wstring scanner_exe = root_ + L"bin\\VELK_OE.exe";
+    const std::wstring started = scanner_exe + L".started";
+    ASSERT_TRUE(::CopyFileW(Self().c_str(), scanner_exe.c_str(), FALSE));
     ::SendMessageW(band, WM_COMMAND, ID_MENU_ENABLE_TOOLBAR, 0);
     EXPECT_EQ(L"1", Ini(UserIni(), L"Antispam", L"EnableTBar"));
+    // Report Spam answers clicks again.
+    Click(band, ID_TB_REPORT_SPAM);
+    EXPECT_TRUE(WaitFor([&] {
+        const std::string heard = ReadAll(heard_);
+        return heard.find("posted WM_USER+17 ") != heard.rfind("posted WM_USER+17 ");
+    }));
+    StopScanner();
+    EXPECT_EQ("", ReadAll(started)) << "started although the window was there";
+    ::SendMessageW(band, WM_COMMAND, ID_MENU_DISABLE_TOOLBAR, 0);
+    ::SendMessageW(band, WM_COMMAND, ID_MENU_ENABLE_TOOLBAR, 0);
+    EXPECT_EQ(L"1", Ini(UserIni(), L"Antispam", L"EnableTBar"));
+    ::SendMessageW(toolbar, velk::host::kMsgSwitchReportButton, 0, 1);
+    EXPECT_TRUE(Visible(band, ID_TB_REPORT_FP)) << "still disabled";
+    ::SendMessageW(toolbar, velk::host::kMsgSwitchReportButton, 0, 0);
+    ASSERT_TRUE(WaitFor([&] { return !ReadAll(started).empty(); })) << "not started";
+    EXPECT_EQ(Narrow(L"\"" + scanner_exe + L"\" " + velk::host::kCompanionWindowTitle) + "\n",
+              ReadAll(started));
 
     // The exports, each twice: one band out, one band in.
     HWND main = MainWindow();
@@ -309,7 +391,8 @@ TEST_F(AddinWorld, OutlookExpressLateWindowIsHookedAndClosesCleanlyWithPerUserSt
     HWND band = nullptr;
     // The window comes after the add-in; the retry finds it within a second.
     ASSERT_TRUE(WaitFor([&] { return (band = Band(Rebar(0))) != nullptr; }, 8000)) << Events();
-    EXPECT_TRUE(Visible(band, ID_TB_LOGO));
+    // The band is in the rebar before its first layout has shown the buttons.
+    EXPECT_TRUE(WaitFor([&] { return Visible(band, ID_TB_LOGO); }));
     EXPECT_EQ(nullptr, ::GetDlgItem(band, ID_TB_REPORT_SPAM));
     EXPECT_EQ(nullptr, ::GetDlgItem(band, ID_TB_REPORT_FP));
 
