@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "common_src/win32/window.h"
+#include "common_src/win32/message_guard.h"
 #include "log/diag_log.h"
 
 namespace velk::win32 {
@@ -114,25 +115,12 @@ INT_PTR CALLBACK Dialog::StaticProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
 
 INT_PTR Dialog::Dispatch(Dialog* self, HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
     LRESULT result = 0;
-    bool handled = false;
-    try {
-        handled = self->ProcessMessage(msg, wp, lp, result);
-    } catch (const std::exception& e) {
-        VELK_LOG(L"@@@ Error : exception \"%hs\" in dialog %p, message 0x%04x", e.what(), hwnd,
-                 msg);
-        handled = false;
-    } catch (...) {
-        VELK_LOG(L"@@@ Error : unknown exception in dialog %p, message 0x%04x", hwnd, msg);
-        handled = false;
-    }
+    const bool handled = RunMessageHandlerGuarded(
+        L"dialog", hwnd, msg, [&] { return self->ProcessMessage(msg, wp, lp, result); });
     if (msg == WM_NCDESTROY) {
         ::SetWindowLongPtrW(hwnd, DWLP_USER, 0);
         self->hwnd_ = nullptr;
-        try {
-            self->OnFinalMessage(hwnd);
-        } catch (...) {
-            VELK_LOG(L"@@@ Error : exception in the final message of dialog %p", hwnd);
-        }
+        RunFinalMessageGuarded(L"dialog", hwnd, [&] { self->OnFinalMessage(hwnd); });
         return FALSE;
     }
     // `self` may be gone from here on (see Window::Dispatch).

@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "common_src/win32/message_guard.h"
 #include "log/diag_log.h"
 
 // The linker's symbol for the start of this module's image: the module handle
@@ -70,17 +71,8 @@ LRESULT CALLBACK Window::StaticProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
 
 LRESULT Window::Dispatch(Window* self, HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
     LRESULT result = 0;
-    bool handled = false;
-    try {
-        handled = self->ProcessMessage(msg, wp, lp, result);
-    } catch (const std::exception& e) {
-        VELK_LOG(L"@@@ Error : exception \"%hs\" in window %p, message 0x%04x", e.what(), hwnd,
-                 msg);
-        handled = false;
-    } catch (...) {
-        VELK_LOG(L"@@@ Error : unknown exception in window %p, message 0x%04x", hwnd, msg);
-        handled = false;
-    }
+    const bool handled = RunMessageHandlerGuarded(
+        L"window", hwnd, msg, [&] { return self->ProcessMessage(msg, wp, lp, result); });
     // From here on `self` may be gone (a handler may have destroyed the window
     // and its owner deleted the object); only WM_NCDESTROY still uses it, and
     // there the object is alive until OnFinalMessage by contract.
@@ -91,11 +83,7 @@ LRESULT Window::Dispatch(Window* self, HWND hwnd, UINT msg, WPARAM wp, LPARAM lp
     ::SetWindowLongPtrW(hwnd, GWLP_USERDATA, 0);
     self->hwnd_ = nullptr;
     LRESULT def = ::DefWindowProcW(hwnd, msg, wp, lp);
-    try {
-        self->OnFinalMessage(hwnd);
-    } catch (...) {
-        VELK_LOG(L"@@@ Error : exception in the final message of window %p", hwnd);
-    }
+    RunFinalMessageGuarded(L"window", hwnd, [&] { self->OnFinalMessage(hwnd); });
     return handled ? result : def;
 }
 
