@@ -155,28 +155,27 @@ void CToolBarWnd::FillRecords(bool show_report_buttons) {
         return;
     m_records[5] =
         ToolBarButtonRecord{nullptr, nullptr, L"", L"", kKindSeparator, kVariantSeparator, 9, -1};
-    m_bitmaps[6] = LoadBandBitmap(profile, folder, Key::VELKReportSpamIcon, IDB_REPORT_SPAM);
-    m_bitmapsDisabled[6] =
-        LoadBandBitmap(profile, folder, Key::VELKReportSpamIconDisabled, IDB_REPORT_SPAM_DISABLED);
-    m_records[6] = ToolBarButtonRecord{m_bitmaps[6].get(),
-                                       m_bitmapsDisabled[6].get(),
-                                       strings.LoadStringW(L"IDS_RPTSPAM_CAPTION"),
-                                       strings.LoadStringW(L"IDS_RPTSPAM_TOOLTIP"),
-                                       kKindPushButton,
-                                       kVariantPlain,
-                                       9,
-                                       ID_TB_REPORT_SPAM};
-    m_bitmaps[7] = LoadBandBitmap(profile, folder, Key::VELKReportFpIcon, IDB_REPORT_FP);
-    m_bitmapsDisabled[7] =
-        LoadBandBitmap(profile, folder, Key::VELKReportFpIconDisabled, IDB_REPORT_FP_DISABLED);
-    m_records[7] = ToolBarButtonRecord{m_bitmaps[7].get(),
-                                       m_bitmapsDisabled[7].get(),
-                                       strings.LoadStringW(L"IDS_RPTFP_CAPTION"),
-                                       strings.LoadStringW(L"IDS_RPTFP_TOOLTIP"),
-                                       kKindPushButton,
-                                       kVariantPlain,
-                                       9,
-                                       ID_TB_REPORT_FP};
+    // Report Spam and Report FP: each a bitmap pair (overridable), a caption
+    // and a tooltip.
+    auto report_button = [&](int i, Key icon, Key icon_disabled, int bitmap, int bitmap_disabled,
+                             const wchar_t* caption, const wchar_t* tooltip, std::int32_t id) {
+        m_bitmaps[i] = LoadBandBitmap(profile, folder, icon, bitmap);
+        m_bitmapsDisabled[i] = LoadBandBitmap(profile, folder, icon_disabled, bitmap_disabled);
+        m_records[i] = ToolBarButtonRecord{m_bitmaps[i].get(),
+                                           m_bitmapsDisabled[i].get(),
+                                           strings.LoadStringW(caption),
+                                           strings.LoadStringW(tooltip),
+                                           kKindPushButton,
+                                           kVariantPlain,
+                                           9,
+                                           id};
+    };
+    report_button(6, Key::VELKReportSpamIcon, Key::VELKReportSpamIconDisabled, IDB_REPORT_SPAM,
+                  IDB_REPORT_SPAM_DISABLED, L"IDS_RPTSPAM_CAPTION", L"IDS_RPTSPAM_TOOLTIP",
+                  ID_TB_REPORT_SPAM);
+    report_button(7, Key::VELKReportFpIcon, Key::VELKReportFpIconDisabled, IDB_REPORT_FP,
+                  IDB_REPORT_FP_DISABLED, L"IDS_RPTFP_CAPTION", L"IDS_RPTFP_TOOLTIP",
+                  ID_TB_REPORT_FP);
 }
 
 void CToolBarWnd::OnBuildUserInterface(WPARAM wp, LPARAM lp) {
