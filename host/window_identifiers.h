@@ -8,7 +8,12 @@ namespace velk::host {
 
 constexpr wchar_t kToolBarWindowClass[] = L"{6E2D94B7-1C5A-4F83-B0E6-3A7D52C819F4}";
 constexpr wchar_t kCompanionWindowTitle[] = L"{5B0E7C21-93D4-4A6F-8B12-C4E97A1D2F58}";
+// The scanning process's own settings window: while it is open the band's
+// commands and the OK of our settings windows wait.
 constexpr wchar_t kSettingsSheetWindowTitle[] = L"{8D2C1E44-7A3B-4C19-9E51-2F60B7A4C310}";
+// The hidden marker window our filtering sheet keeps for its whole life, so
+// the scanning process can tell that it is open.
+constexpr wchar_t kFilteringSheetMarkerTitle[] = L"{A27C5E90-4D1B-4F36-9C08-E5B1D7342A6E}";
 
 // The mail client's windows.
 constexpr wchar_t kClientMainWindowClass[] = L"Outlook Express Browser Class";

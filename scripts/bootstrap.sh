@@ -21,6 +21,7 @@ needs=(
   "googletest:/usr/src/googletest/CMakeLists.txt"
   "imagemagick:/usr/bin/convert-im6.q16"
   "clang-format:/usr/bin/clang-format"
+  "ccache:/usr/bin/ccache"
 )
 
 missing=()

@@ -4,14 +4,12 @@
 
 #include "common_src/win32/window.h"
 #include "common_src/win32/message_guard.h"
+#include "common_src/win32/reflection.h"
 #include "log/diag_log.h"
 
 namespace velk::win32 {
-namespace {
 
-// Messages whose answer a dialog procedure returns itself instead of
-// through DWLP_MSGRESULT.
-bool AnswersDirectly(UINT msg) noexcept {
+bool DialogAnswersDirectly(UINT msg) noexcept {
     switch (msg) {
         case WM_INITDIALOG:
         case WM_CTLCOLORMSGBOX:
@@ -30,8 +28,6 @@ bool AnswersDirectly(UINT msg) noexcept {
             return false;
     }
 }
-
-}  // namespace
 
 Dialog::~Dialog() {
     if (hwnd_ != nullptr && !modal_) {
@@ -115,8 +111,11 @@ INT_PTR CALLBACK Dialog::StaticProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
 
 INT_PTR Dialog::Dispatch(Dialog* self, HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
     LRESULT result = 0;
-    const bool handled = RunMessageHandlerGuarded(
-        L"dialog", hwnd, msg, [&] { return self->ProcessMessage(msg, wp, lp, result); });
+    const bool handled = RunMessageHandlerGuarded(L"dialog", hwnd, msg, [&] {
+        // What the dialog leaves to its controls goes to their objects.
+        return self->ProcessMessage(msg, wp, lp, result) ||
+               ReflectToOwner(hwnd, msg, wp, lp, result);
+    });
     if (msg == WM_NCDESTROY) {
         ::SetWindowLongPtrW(hwnd, DWLP_USER, 0);
         self->hwnd_ = nullptr;
@@ -126,7 +125,7 @@ INT_PTR Dialog::Dispatch(Dialog* self, HWND hwnd, UINT msg, WPARAM wp, LPARAM lp
     // `self` may be gone from here on (see Window::Dispatch).
     if (!handled)
         return msg == WM_INITDIALOG ? TRUE : FALSE;
-    if (AnswersDirectly(msg))
+    if (DialogAnswersDirectly(msg))
         return static_cast<INT_PTR>(result);
     ::SetWindowLongPtrW(hwnd, DWLP_MSGRESULT, result);
     return TRUE;

@@ -11,6 +11,10 @@
 
 namespace velk::win32 {
 
+// Messages whose answer a dialog procedure returns itself instead of through
+// DWLP_MSGRESULT (WM_INITDIALOG, WM_CTLCOLOR*, ...).
+bool DialogAnswersDirectly(UINT msg) noexcept;
+
 class Dialog {
 public:
     Dialog() noexcept = default;

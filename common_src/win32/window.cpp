@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "common_src/win32/message_guard.h"
+#include "common_src/win32/reflection.h"
 #include "log/diag_log.h"
 
 // The linker's symbol for the start of this module's image: the module handle
@@ -87,40 +88,8 @@ LRESULT Window::Dispatch(Window* self, HWND hwnd, UINT msg, WPARAM wp, LPARAM lp
     return handled ? result : def;
 }
 
-HWND ReflectionSource(UINT msg, WPARAM wp, LPARAM lp) noexcept {
-    switch (msg) {
-        case WM_COMMAND:
-            // lParam is null for menus and accelerators.
-            return reinterpret_cast<HWND>(lp);
-        case WM_NOTIFY:
-            return lp != 0 ? reinterpret_cast<const NMHDR*>(lp)->hwndFrom : nullptr;
-        case WM_DRAWITEM: {
-            const auto* dis = reinterpret_cast<const DRAWITEMSTRUCT*>(lp);
-            return dis != nullptr && dis->CtlType != ODT_MENU ? dis->hwndItem : nullptr;
-        }
-        case WM_CTLCOLORMSGBOX:
-        case WM_CTLCOLOREDIT:
-        case WM_CTLCOLORLISTBOX:
-        case WM_CTLCOLORBTN:
-        case WM_CTLCOLORDLG:
-        case WM_CTLCOLORSCROLLBAR:
-        case WM_CTLCOLORSTATIC:
-            return reinterpret_cast<HWND>(lp);
-        default:
-            return nullptr;
-    }
-}
-
 bool Window::ReflectToControl(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
-    Window* control = FromHandle(ReflectionSource(msg, wp, lp));
-    if (control == nullptr)
-        return false;
-    // Called from inside the parent's ProcessMessage, behind its firewall.
-    LRESULT answer = 0;
-    if (!control->ProcessMessage(kReflectedMessageBase + msg, wp, lp, answer))
-        return false;
-    result = answer;
-    return true;
+    return ReflectToOwner(nullptr, msg, wp, lp, result);
 }
 
 }  // namespace velk::win32

@@ -13,9 +13,10 @@
 
 namespace velk::win32 {
 
-// A parent hands WM_COMMAND, WM_NOTIFY, WM_DRAWITEM and WM_CTLCOLOR* back to
-// the control object that sent them as this base plus the original message
-// (WTL's OCM_ convention), so the drawing and behaviour stay with the control.
+// A parent hands WM_COMMAND, WM_NOTIFY, WM_DRAWITEM, WM_MEASUREITEM,
+// WM_CTLCOLOR* and WM_H/VSCROLL back to the control object that sent them as
+// this base plus the original message (WTL's OCM_ convention), so the drawing
+// and behaviour stay with the control.
 constexpr UINT kReflectedMessageBase = WM_USER + 0x1C00;
 
 // The module that holds this code: the add-in DLL inside the client, the
@@ -52,11 +53,15 @@ public:
 
     static LRESULT CALLBACK StaticProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp);
 
-    // For a parent's ProcessMessage: passes WM_COMMAND, WM_NOTIFY,
-    // WM_DRAWITEM and WM_CTLCOLOR* from a child that is one of our windows to
-    // that child as kReflectedMessageBase + msg. True when the child handled
-    // it; `result` then holds its answer.
+    // For a parent's ProcessMessage: hands a reflectable message from a
+    // child that is one of our objects to that child (see reflection.h).
     static bool ReflectToControl(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result);
+
+    // A message reflected from the parent, delivered to ProcessMessage as
+    // kReflectedMessageBase + msg.
+    bool ReceiveReflected(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
+        return ProcessMessage(kReflectedMessageBase + msg, wp, lp, result);
+    }
 
 protected:
     // True when handled, with `result` set; otherwise DefWindowProcW runs.
@@ -71,8 +76,5 @@ private:
 
     HWND hwnd_ = nullptr;
 };
-
-// The control window that sent a reflectable message, or null.
-HWND ReflectionSource(UINT msg, WPARAM wp, LPARAM lp) noexcept;
 
 }  // namespace velk::win32
