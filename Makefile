@@ -8,6 +8,9 @@
 #   make format  clang-format every source file in place
 
 BUILD ?= build
+# Compiler-cache entries are shared between checkouts of the tree.
+export CCACHE_BASEDIR ?= $(CURDIR)
+export CCACHE_NOHASHDIR ?= 1
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
 WIN := $(BUILD)/windows
