@@ -38,8 +38,11 @@ bool ExtStatic::OpenWithShell(HWND control, const std::wstring& target) {
 void ExtStatic::SetFont(const std::wstring& face, int points, int weight) {
     if (hwnd() == nullptr)
         return;
-    win32::unique_hfont font(win32::CreateDialogFont(::GetParent(hwnd()), face, points, weight));
-    if (!font)
+    SetFont(win32::unique_hfont(win32::CreateDialogFont(::GetParent(hwnd()), face, points, weight)));
+}
+
+void ExtStatic::SetFont(win32::unique_hfont font) {
+    if (hwnd() == nullptr || !font)
         return;
     font_ = std::move(font);
     // Through our own procedure, so a link underlines the new font.
@@ -89,6 +92,23 @@ bool ExtStatic::Activate() {
     if (target.empty() || !opener_)
         return false;
     return opener_(hwnd(), target);
+}
+
+void ExtStatic::SizeToText() {
+    if (hwnd() == nullptr)
+        return;
+    win32::window_dc dc(hwnd());
+    const std::wstring text = WindowText(hwnd());
+    HGDIOBJ old = ::SelectObject(dc.get(), reinterpret_cast<HGDIOBJ>(CallDefault(WM_GETFONT, 0, 0)));
+    SIZE extent{};
+    ::GetTextExtentPoint32W(dc.get(), text.c_str(), static_cast<int>(text.size()), &extent);
+    ::SelectObject(dc.get(), old);
+    RECT rect{};
+    ::GetWindowRect(hwnd(), &rect);
+    const LONG width = extent.cx + 2;  // room for the focus rectangle
+    if (width < rect.right - rect.left)
+        ::SetWindowPos(hwnd(), nullptr, 0, 0, width, rect.bottom - rect.top,
+                       SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void ExtStatic::UpdateLinkFont() {

@@ -30,6 +30,8 @@ public:
     // A font of the parent dialog's family with this face (empty: the
     // dialog's own), point size (0: the dialog's) and weight, owned here.
     void SetFont(const std::wstring& face, int points, int weight = FW_NORMAL);
+    // A font made by the caller, owned here from now on.
+    void SetFont(win32::unique_hfont font);
     void SetTextColor(COLORREF colour);
     // The background behind the text; without either call the parent's
     // answer stands.
@@ -40,6 +42,9 @@ public:
     // the moment it is opened). Call after Attach.
     void SetLink(const std::wstring& target = std::wstring(), Opener opener = &OpenWithShell);
     bool is_link() const noexcept { return link_; }
+    // Narrows a one-line control to its text (never widens it), so the hand
+    // cursor shows over the text only.
+    void SizeToText();
     // What a click opens now.
     std::wstring LinkTarget() const;
     // Opens the link as a click would; false when not a link or not opened.
