@@ -2,14 +2,27 @@
 
 #include <shellapi.h>
 
+#include <cstdlib>
+
 #include "common_src/win32/ui_context.h"
 #include "log/diag_log.h"
 
 namespace velk::controls {
 namespace {
 
+int Luminance(COLORREF c) {
+    return (299 * GetRValue(c) + 587 * GetGValue(c) + 114 * GetBValue(c)) / 1000;
+}
+
+// The system's link colour, unless it hardly stands out from the dialog
+// background (some systems ship a light grey): then the usual link blue, or
+// a light blue on a dark scheme.
 COLORREF LinkColour() {
-    return ::GetSysColor(COLOR_HOTLIGHT);
+    const COLORREF hot = ::GetSysColor(COLOR_HOTLIGHT);
+    const int face = Luminance(::GetSysColor(COLOR_BTNFACE));
+    if (std::abs(Luminance(hot) - face) >= 80)
+        return hot;
+    return face >= 128 ? RGB(0, 102, 204) : RGB(120, 180, 255);
 }
 
 std::wstring WindowText(HWND hwnd) {

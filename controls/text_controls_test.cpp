@@ -2,6 +2,7 @@
 // through the messages the system and the user send them.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -128,6 +129,13 @@ TEST(ExtStatic, LinkOpensItsTextByMouseAndKeyboardAndKeepsItAsWindowText) {
     LOGFONTW lf{};
     ::GetObjectW(reinterpret_cast<HFONT>(::SendMessageW(label, WM_GETFONT, 0, 0)), sizeof(lf), &lf);
     EXPECT_TRUE(lf.lfUnderline);
+    // Readable: the link colour stands out from the background it is drawn on.
+    HDC dc = ::GetDC(dialog.hwnd());
+    ::SendMessageW(dialog.hwnd(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc),
+                   reinterpret_cast<LPARAM>(label));
+    auto luminance = [](COLORREF c) { return (299 * GetRValue(c) + 587 * GetGValue(c) + 114 * GetBValue(c)) / 1000; };
+    EXPECT_GE(std::abs(luminance(::GetTextColor(dc)) - luminance(::GetBkColor(dc))), 80);
+    ::ReleaseDC(dialog.hwnd(), dc);
     ::SendMessageW(label, WM_SETCURSOR, reinterpret_cast<WPARAM>(label), MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
     EXPECT_EQ(::LoadCursorW(nullptr, IDC_HAND), ::GetCursor());
 
