@@ -16,12 +16,14 @@ using About = DialogsTest;
 
 TEST_F(CloudFeedback, AnyNonZeroChoiceReadsAsYesAndOkIsIgnoredWhileTheScannersSettingsAreOpen) {
     SetUser(L"Statistics", L"EnableCRX", L"5");
+    SetInstall(L"General", L"CRXLink", L"https://feedback.example.test/about");
     auto dialog = std::make_unique<CCRXDlg>(ui_);
     HWND window = dialog->CreateModeless(ui_.resources, IDD_CLOUD_FEEDBACK, nullptr);
     ASSERT_NE(nullptr, window);
     EXPECT_TRUE(::IsDlgButtonChecked(window, IDC_CRX_YES));
     EXPECT_FALSE(::IsDlgButtonChecked(window, IDC_CRX_NO));
     EXPECT_EQ(std::wstring::npos, TextOf(::GetDlgItem(window, IDC_CRX_YES_DESC)).find(L"<$"));
+    EXPECT_EQ(L"https://feedback.example.test/about", dialog->link().LinkTarget());
 
     {
         win32::unique_hwnd guard(::CreateWindowExW(0, L"STATIC", host::kSettingsSheetWindowTitle,
@@ -42,16 +44,6 @@ TEST_F(CloudFeedback, AnyNonZeroChoiceReadsAsYesAndOkIsIgnoredWhileTheScannersSe
     Click(window, IDC_CRX_NO);
     Click(window, IDOK);
     EXPECT_EQ(L"0", User(L"Statistics", L"EnableCRX"));
-}
-
-TEST_F(CloudFeedback, LinkShowsTheInstallationsAddressAndOpensIt) {
-    SetInstall(L"General", L"CRXLink", L"https://feedback.example.test/about");
-    CCRXDlg dialog(ui_);
-    HWND window = dialog.CreateModeless(ui_.resources, IDD_CLOUD_FEEDBACK, nullptr);
-    ASSERT_NE(nullptr, window);
-    EXPECT_EQ(L"https://feedback.example.test/about", TextOf(::GetDlgItem(window, IDC_CRX_LINK)));
-    EXPECT_TRUE(dialog.link().is_link());
-    EXPECT_EQ(L"https://feedback.example.test/about", dialog.link().LinkTarget());
 }
 
 class AboutBox : public About {
