@@ -40,16 +40,19 @@ TEST_F(UpdatesDialog, StatusFollowsTheLastUpdateTimeAndThePatternVersionGetsItsD
     EXPECT_EQ(L"1.234", Shown(IDC_UPD_PATTERN_VERSION));
 }
 
-// The engine installation's key, written for one test and removed after.
+// The engine installation's "version", set for one test and removed after
+// (with the key when the test made it).
 class EngineKey {
 public:
     EngineKey() {
         ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Nuvexa\\Tessaveli", 0, nullptr, 0,
-                          KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, key_.put(), nullptr);
+                          KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, key_.put(), &disposition_);
     }
     ~EngineKey() {
+        ::RegDeleteValueW(key_.get(), L"version");
         key_.reset();
-        ::RegDeleteKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Nuvexa\\Tessaveli", KEY_WOW64_64KEY, 0);
+        if (disposition_ == REG_CREATED_NEW_KEY)
+            ::RegDeleteKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Nuvexa\\Tessaveli", KEY_WOW64_64KEY, 0);
     }
     void SetVersion(const std::wstring& version) {
         ::RegSetValueExW(key_.get(), L"version", 0, REG_SZ, reinterpret_cast<const BYTE*>(version.c_str()),
@@ -58,6 +61,7 @@ public:
 
 private:
     win32::unique_hkey key_;
+    DWORD disposition_ = 0;
 };
 
 TEST_F(UpdatesDialog, UpdateNowAsksTheScannerUnlessTheEngineIsVersionSeventeen) {
