@@ -1,0 +1,200 @@
+// The digits-only edit and the extended static inside a real dialog, driven
+// through the messages the system and the user send them.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "common_src/win32/dialog.h"
+#include "controls/digit_edit.h"
+#include "controls/ext_static.h"
+
+namespace velk::controls {
+namespace {
+
+class HostDialog : public win32::Dialog {
+public:
+    HostDialog() {
+        DLGTEMPLATE dt{};
+        dt.style = WS_POPUP | WS_CAPTION | DS_SETFONT;
+        dt.cx = 200;
+        dt.cy = 80;
+        const WORD* head = reinterpret_cast<const WORD*>(&dt);
+        words_.assign(head, head + sizeof(dt) / sizeof(WORD));
+        words_.insert(words_.end(), {0, 0, 0, 8});  // no menu, class, title; 8 pt
+        for (const wchar_t* f = L"MS Shell Dlg"; *f; ++f)
+            words_.push_back(*f);
+        words_.push_back(0);
+        CreateModelessIndirect(reinterpret_cast<const DLGTEMPLATE*>(words_.data()), nullptr);
+    }
+    ~HostDialog() override = default;
+
+    HWND Add(const wchar_t* cls, const wchar_t* text, DWORD style, int id) {
+        HWND child = ::CreateWindowExW(0, cls, text, WS_CHILD | WS_VISIBLE | style, 10, 10 + id % 10 * 22,
+                                       200, 20, hwnd(), reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
+                                       nullptr, nullptr);
+        ::SendMessageW(child, WM_SETFONT, ::SendMessageW(hwnd(), WM_GETFONT, 0, 0), FALSE);
+        return child;
+    }
+    int ok_commands = 0;
+
+protected:
+    bool ProcessMessage(UINT msg, WPARAM wp, LPARAM, LRESULT& result) override {
+        if (msg == WM_INITDIALOG) {
+            result = TRUE;
+            return true;
+        }
+        if (msg == WM_COMMAND && LOWORD(wp) == IDOK) {
+            ++ok_commands;
+            return true;
+        }
+        return false;
+    }
+
+private:
+    std::vector<WORD> words_;
+};
+
+std::wstring TextOf(HWND hwnd) {
+    wchar_t buffer[256] = L"";
+    ::GetWindowTextW(hwnd, buffer, 256);
+    return buffer;
+}
+
+bool PutOnClipboard(HWND owner, const std::wstring& text) {
+    if (!::OpenClipboard(owner))
+        return false;
+    ::EmptyClipboard();
+    HGLOBAL data = ::GlobalAlloc(GMEM_MOVEABLE, (text.size() + 1) * sizeof(wchar_t));
+    std::memcpy(::GlobalLock(data), text.c_str(), (text.size() + 1) * sizeof(wchar_t));
+    ::GlobalUnlock(data);
+    const bool put = ::SetClipboardData(CF_UNICODETEXT, data) != nullptr;
+    ::CloseClipboard();
+    return put;
+}
+
+TEST(DigitEdit, RefusesTypedAndPastedNonDigits) {
+    HostDialog dialog;
+    HWND edit = dialog.Add(L"EDIT", L"", WS_BORDER | ES_AUTOHSCROLL, 1);
+    DigitEdit digits;
+    ASSERT_TRUE(digits.Attach(edit));
+
+    for (wchar_t c : std::wstring(L"1a2 -3"))
+        ::SendMessageW(edit, WM_CHAR, c, 0);
+    EXPECT_EQ(L"123", TextOf(edit));
+    ::SendMessageW(edit, WM_CHAR, VK_BACK, 0);  // editing keys still work
+    EXPECT_EQ(L"12", TextOf(edit));
+
+    ::SendMessageW(edit, EM_SETSEL, 2, 2);
+    ASSERT_TRUE(PutOnClipboard(edit, L"4x5"));
+    ::SendMessageW(edit, WM_PASTE, 0, 0);
+    EXPECT_EQ(L"12", TextOf(edit)) << "a paste holding a letter changes nothing";
+    ASSERT_TRUE(PutOnClipboard(edit, L" 345\r\n"));
+    ::SendMessageW(edit, WM_PASTE, 0, 0);
+    EXPECT_EQ(L"12345", TextOf(edit)) << "blanks around a copied number are dropped";
+
+    // Another program inserting text directly meets the same rule.
+    ::SendMessageW(edit, EM_SETSEL, 0, -1);
+    ::SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L"7e3"));
+    EXPECT_EQ(L"12345", TextOf(edit));
+    ::SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L"9"));
+    EXPECT_EQ(L"9", TextOf(edit));
+    // The owner may still show what it read, as it read it.
+    ::SetWindowTextW(edit, L"30d");
+    EXPECT_EQ(L"30d", TextOf(edit));
+}
+
+struct OpenLog {
+    std::vector<std::wstring> opened;
+    ExtStatic::Opener opener() {
+        return [this](HWND, const std::wstring& target) {
+            opened.push_back(target);
+            return true;
+        };
+    }
+};
+
+TEST(ExtStatic, LinkOpensItsTextByMouseAndKeyboardAndKeepsItAsWindowText) {
+    HostDialog dialog;
+    HWND button = dialog.Add(L"BUTTON", L"OK", WS_TABSTOP | BS_DEFPUSHBUTTON, IDOK);
+    HWND label = dialog.Add(L"STATIC", L"https://example.test/a?b=1&c=2", 0, 2);
+    ExtStatic link;
+    ASSERT_TRUE(link.Attach(label));
+    OpenLog log;
+    link.SetLink(std::wstring(), log.opener());
+
+    EXPECT_EQ(L"https://example.test/a?b=1&c=2", TextOf(label));
+    LOGFONTW lf{};
+    ::GetObjectW(reinterpret_cast<HFONT>(::SendMessageW(label, WM_GETFONT, 0, 0)), sizeof(lf), &lf);
+    EXPECT_TRUE(lf.lfUnderline);
+    // Readable: the link colour stands out from the background it is drawn on.
+    HDC dc = ::GetDC(dialog.hwnd());
+    ::SendMessageW(dialog.hwnd(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc),
+                   reinterpret_cast<LPARAM>(label));
+    auto luminance = [](COLORREF c) { return (299 * GetRValue(c) + 587 * GetGValue(c) + 114 * GetBValue(c)) / 1000; };
+    EXPECT_GE(std::abs(luminance(::GetTextColor(dc)) - luminance(::GetBkColor(dc))), 80);
+    ::ReleaseDC(dialog.hwnd(), dc);
+    ::SendMessageW(label, WM_SETCURSOR, reinterpret_cast<WPARAM>(label), MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+    EXPECT_EQ(::LoadCursorW(nullptr, IDC_HAND), ::GetCursor());
+
+    ::SendMessageW(label, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+    ::SendMessageW(label, WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
+    ::SendMessageW(label, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+    ::SendMessageW(label, WM_LBUTTONUP, 0, MAKELPARAM(500, 3));  // released outside
+    ASSERT_EQ(1u, log.opened.size());
+    EXPECT_EQ(L"https://example.test/a?b=1&c=2", log.opened[0]);
+
+    // Tab reaches it; Enter opens it instead of pressing the default button.
+    ::SetFocus(button);
+    ::SendMessageW(dialog.hwnd(), WM_NEXTDLGCTL, 0, FALSE);
+    ASSERT_EQ(label, ::GetFocus());
+    MSG enter{label, WM_KEYDOWN, VK_RETURN, 0, 0, {}};
+    EXPECT_TRUE(::IsDialogMessageW(dialog.hwnd(), &enter));
+    EXPECT_EQ(0, dialog.ok_commands);
+    MSG space{label, WM_KEYDOWN, VK_SPACE, 0, 0, {}};
+    ::IsDialogMessageW(dialog.hwnd(), &space);
+    EXPECT_EQ(3u, log.opened.size());
+}
+
+TEST(ExtStatic, AnswersThePaintingOfItsTextThroughTheParent) {
+    HostDialog dialog;
+    HWND plain = dialog.Add(L"STATIC", L"plain", 0, 1);
+    HWND clear = dialog.Add(L"STATIC", L"clear", 0, 2);
+    HWND framed = dialog.Add(L"STATIC", L"framed", 0, 3);
+    ExtStatic untouched, transparent, coloured;
+    ASSERT_TRUE(untouched.Attach(plain));
+    ASSERT_TRUE(transparent.Attach(clear));
+    ASSERT_TRUE(coloured.Attach(framed));
+    transparent.SetTransparent();
+    transparent.SetTextColor(RGB(200, 0, 0));
+    coloured.SetBackground(RGB(1, 2, 3));
+    coloured.SetFont(L"Tahoma", 14, FW_BOLD);
+
+    HDC dc = ::GetDC(dialog.hwnd());
+    auto ask = [&](HWND control) {
+        ::SetBkMode(dc, OPAQUE);
+        return reinterpret_cast<HGDIOBJ>(::SendMessageW(dialog.hwnd(), WM_CTLCOLORSTATIC,
+                                                        reinterpret_cast<WPARAM>(dc),
+                                                        reinterpret_cast<LPARAM>(control)));
+    };
+    ask(plain);
+    EXPECT_NE(RGB(200, 0, 0), ::GetTextColor(dc));
+    EXPECT_EQ(::GetStockObject(NULL_BRUSH), ask(clear));
+    EXPECT_EQ(TRANSPARENT, ::GetBkMode(dc));
+    EXPECT_EQ(RGB(200, 0, 0), ::GetTextColor(dc));
+    LOGBRUSH lb{};
+    ::GetObjectW(ask(framed), sizeof(lb), &lb);
+    EXPECT_EQ(RGB(1, 2, 3), lb.lbColor);
+    EXPECT_EQ(RGB(1, 2, 3), ::GetBkColor(dc));
+    ::ReleaseDC(dialog.hwnd(), dc);
+
+    LOGFONTW lf{};
+    ::GetObjectW(reinterpret_cast<HFONT>(::SendMessageW(framed, WM_GETFONT, 0, 0)), sizeof(lf), &lf);
+    EXPECT_STREQ(L"Tahoma", lf.lfFaceName);
+    EXPECT_EQ(FW_BOLD, lf.lfWeight);
+}
+
+}  // namespace
+}  // namespace velk::controls
