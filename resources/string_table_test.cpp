@@ -47,7 +47,13 @@ const wchar_t* const kRequiredIds[] = {
     L"IDS_STR_NOT_UPDATE_YET", L"IDS_UP_TO_DATE", L"IDS_OUT_OF_DATE",
     // cloud feedback and About
     L"IDC_STATIC_YES_DESC", L"IDD_ABOUT_IDC_STATIC_TITLE", L"IDC_STATIC_COPYRIGHT",
-    L"IDS_ABOUT_WARNING"};
+    L"IDS_ABOUT_WARNING",
+    // statistics dialog
+    L"IDS_DLG_STAT_CAPTION", L"IDS_DLG_STAT_HEADING", L"IDS_DLG_STAT_SINCE",
+    L"IDS_DLG_STAT_DATE_UNKNOWN", L"IDS_DLG_STAT_MESSAGES", L"IDS_DLG_STAT_PROCESSED",
+    L"IDS_DLG_STAT_DETECTED", L"IDS_DLG_STAT_REPORTED_SPAM", L"IDS_DLG_STAT_REPORTED_FP",
+    L"IDS_DLG_STAT_RATES", L"IDS_DLG_STAT_DETECT_RATE", L"IDS_DLG_STAT_FP_RATE",
+    L"IDS_DLG_STAT_CHART_TITLE", L"IDS_DLG_STAT_RESET", L"IDS_DLG_STAT_CLOSE"};
 
 std::wstring Profile(const wchar_t* file, const wchar_t* section, const wchar_t* key) {
     std::vector<wchar_t> buffer(4096);
