@@ -146,15 +146,20 @@ bool CStatisticsDlg::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& res
     }
 }
 
+std::wstring CStatisticsDlg::Text(const wchar_t* key) const {
+    return win32::ReplacePlaceholders(m_ui.RawText(key), m_placeholders);
+}
+
 void CStatisticsDlg::OnInitDialog() {
     m_brBackground.reset(::CreateSolidBrush(kBackground));
+    m_placeholders = m_ui.placeholders();
     win32::ApplyTexts(hwnd(), m_ui, kTexts);
     // The heading keeps its placeholder until FillInHeading.
     const std::wstring heading = m_ui.RawText(L"IDS_DLG_STAT_HEADING");
     if (!heading.empty())
         ::SetDlgItemTextW(hwnd(), IDC_STAT_HEADING, heading.c_str());
     m_chart.SetFont(reinterpret_cast<HFONT>(::SendMessageW(hwnd(), WM_GETFONT, 0, 0)));
-    m_chart.SetTitle(m_ui.Text(L"IDS_DLG_STAT_CHART_TITLE"));
+    m_chart.SetTitle(Text(L"IDS_DLG_STAT_CHART_TITLE"));
 
     if (BuildBaseLayout() < 0)
         VELK_LOG(L"@@CStatisticsDlg::OnInitDialog@@ BuildBaseLayout Fail!");
@@ -191,7 +196,7 @@ int CStatisticsDlg::BuildBaseLayout() {
         std::wstring text;
         if (!FormatStartDate(since, text)) {
             VELK_LOG(L"!!! [Statistics] RunningSince = %I64d is no valid date", since);
-            text = m_ui.Text(L"IDS_DLG_STAT_DATE_UNKNOWN");
+            text = Text(L"IDS_DLG_STAT_DATE_UNKNOWN");
         }
         ::SetDlgItemTextW(hwnd(), IDC_STAT_SINCE, text.c_str());
     });
@@ -267,10 +272,10 @@ int CStatisticsDlg::PreDraw() {
                 return;
             }
             const Shares s = ChartShares(c, d);
-            m_chart.AddSlice(s.normal, kNormalMailColor, m_ui.Text(L"IDS_DLG_STAT_GENERAL_MESSAGE"));
-            m_chart.AddSlice(s.detected, kDetectedColor, m_ui.Text(L"IDS_DLG_STAT_GENERAL_DETECT"));
+            m_chart.AddSlice(s.normal, kNormalMailColor, Text(L"IDS_DLG_STAT_GENERAL_MESSAGE"));
+            m_chart.AddSlice(s.detected, kDetectedColor, Text(L"IDS_DLG_STAT_GENERAL_DETECT"));
             m_chart.AddSlice(s.reported, kReportedColor,
-                             m_ui.Text(L"IDS_DLG_STAT_GENERAL_REPORT_SPAM"));
+                             Text(L"IDS_DLG_STAT_GENERAL_REPORT_SPAM"));
         });
     return ok ? 0 : -1;
 }
@@ -322,7 +327,7 @@ void CStatisticsDlg::OnPaint() {
     ::SetTextColor(dc, RGB(0, 0, 0));
     RECT margin{7, 7, 0, 0};
     ::MapDialogRect(hwnd(), &margin);
-    const std::wstring text = m_ui.Text(L"IDS_DLG_STAT_CHART_ERR");
+    const std::wstring text = Text(L"IDS_DLG_STAT_CHART_ERR");
     RECT box{area.left, 0, paint.client().right - margin.left, 0};
     ::DrawTextW(dc, text.c_str(), static_cast<int>(text.size()), &box,
                 DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);

@@ -8,6 +8,8 @@
 
 #include <windows.h>
 
+#include <string>
+
 #include "common_src/win32/dialog.h"
 #include "common_src/win32/handles.h"
 #include "common_src/win32/ui_context.h"
@@ -48,8 +50,11 @@ private:
     void OnReset();
     void OnPaint();
     RECT ChartArea() const;
+    // A localised text with its placeholders replaced (looked up once).
+    std::wstring Text(const wchar_t* key) const;
 
     win32::UiContext m_ui;
+    win32::Placeholders m_placeholders;
     win32::unique_hbrush m_brBackground;
     win32::unique_hfont m_fontHeading;
     controls::CPieChart m_chart;
