@@ -40,8 +40,6 @@ public:
 
     void AddSlice(std::int32_t percent, COLORREF color, const std::wstring& label);
     void RemoveAllSlices() noexcept { m_arrSlices.clear(); }
-    std::size_t slice_count() const noexcept { return m_arrSlices.size(); }
-    const CPieSlice& slice(std::size_t i) const { return *m_arrSlices.at(i); }
 
     void SetTitle(const std::wstring& title) { m_strTitle = title; }
     void SetPenColor(COLORREF color) noexcept { m_crPen = color; }

@@ -107,6 +107,11 @@ std::wstring Decimal(std::int32_t value) {
 
 CStatisticsDlg::CStatisticsDlg(const win32::UiContext& ui) : m_ui(ui) {}
 
+CStatisticsDlg::~CStatisticsDlg() {
+    if (hwnd() != nullptr)
+        ::DestroyWindow(hwnd());
+}
+
 INT_PTR CStatisticsDlg::DoModal() {
     return Dialog::DoModal(m_ui.resources, IDD_STATISTICS, win32::TopLevelOwner(m_ui.owner));
 }
@@ -115,7 +120,9 @@ bool CStatisticsDlg::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& res
     switch (msg) {
         case WM_INITDIALOG:
             OnInitDialog();
-            result = TRUE;
+            // Enter closes the dialog: the focus starts on Close, not Reset.
+            ::SetFocus(::GetDlgItem(hwnd(), IDCANCEL));
+            result = FALSE;
             return true;
         case WM_COMMAND:
             switch (LOWORD(wp)) {

@@ -28,6 +28,8 @@ class CStatisticsDlg : public win32::Dialog {
 public:
     // `ui` is copied; its string loader must outlive the dialog.
     explicit CStatisticsDlg(const win32::UiContext& ui);
+    // A modeless dialog still open goes first, while its font and brush exist.
+    ~CStatisticsDlg() override;
 
     // Modal, owned by the client's top-level window and centred on it.
     INT_PTR DoModal();

@@ -391,24 +391,40 @@ TEST_F(StatisticsDialogTest, ShowStatisticsIsModalOnItsOwnerAndCentredOnIt) {
         HWND dialog_owner = nullptr;
         bool owner_enabled = true;
         RECT rect{};
+        int focus = 0;
+        int ticks = 0;
+        bool enter_closed = true;
     } seen;
     seen = {};
     seen.owner = owner.get();
     const UINT_PTR timer = ::SetTimer(nullptr, 0, 100, [](HWND, UINT, UINT_PTR, DWORD) {
+        if (seen.dialog) {
+            // Still open a second after Enter: close it so the test ends.
+            if (++seen.ticks > 10 && ::IsWindow(seen.dialog)) {
+                seen.enter_closed = false;
+                ::PostMessageW(seen.dialog, WM_COMMAND, IDCANCEL, 0);
+            }
+            return;
+        }
         HWND dialog = ::FindWindowW(L"#32770", L"Statistics");
-        if (!dialog || seen.dialog)
+        if (!dialog)
             return;
         seen.dialog = dialog;
         seen.dialog_owner = ::GetWindow(dialog, GW_OWNER);
         seen.owner_enabled = ::IsWindowEnabled(seen.owner) != FALSE;
         ::GetWindowRect(dialog, &seen.rect);
-        ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+        seen.focus = ::GetDlgCtrlID(::GetFocus());
+        // Enter, as the user would press it.
+        ::PostMessageW(::GetFocus(), WM_KEYDOWN, VK_RETURN, 0);
+        ::PostMessageW(::GetFocus(), WM_KEYUP, VK_RETURN, 0);
     });
     ShowStatistics(ui_);
     ::KillTimer(nullptr, timer);
     ASSERT_NE(nullptr, seen.dialog);
     EXPECT_EQ(owner.get(), seen.dialog_owner);
     EXPECT_FALSE(seen.owner_enabled);
+    EXPECT_EQ(IDCANCEL, seen.focus);
+    EXPECT_TRUE(seen.enter_closed) << "Enter closes the dialog; it does not ask to reset";
     EXPECT_NEAR(40 + 450, (seen.rect.left + seen.rect.right) / 2, 1);
     EXPECT_NEAR(30 + 350, (seen.rect.top + seen.rect.bottom) / 2, 1);
     EXPECT_FALSE(::IsWindow(seen.dialog));
