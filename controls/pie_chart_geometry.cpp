@@ -17,8 +17,7 @@ std::int32_t WrappingAdd(std::int32_t a, std::int32_t b) {
 }  // namespace
 
 ChartPoint SliceEndPoint(int running_percent) {
-    const double x =
-        2.0 * static_cast<double>(running_percent) * kChartPi / 100 + kChartPi;
+    const double x = 2.0 * static_cast<double>(running_percent) * kChartPi / 100 + kChartPi;
     ChartPoint p;
     p.x = static_cast<int>(std::sin(x) * kEdgeReach);
     p.y = static_cast<int>(std::cos(x) * kEdgeReach * 3) / 4;
@@ -85,8 +84,7 @@ std::vector<LegendRow> LegendRows(ChartPoint centre, int radius,
 }
 
 std::wstring LegendText(const std::wstring& label, const LegendRow& row) {
-    return label + (row.blank_before_percent ? L" (" : L"(") + std::to_wstring(row.percent) +
-           L"%)";
+    return label + (row.blank_before_percent ? L" (" : L"(") + std::to_wstring(row.percent) + L"%)";
 }
 
 }  // namespace velk::controls

@@ -24,8 +24,8 @@ inline constexpr double kChartPi = 3.1415926;
 inline constexpr int kEdgeReach = 1000;
 
 // Legend geometry, in device units.
-inline constexpr int kLegendGap = 30;        // circle to the legend's left edge
-inline constexpr int kLegendRowStep = 20;    // from one row to the next
+inline constexpr int kLegendGap = 30;      // circle to the legend's left edge
+inline constexpr int kLegendRowStep = 20;  // from one row to the next
 inline constexpr int kLegendBoxWidth = 20;
 inline constexpr int kLegendBoxHeight = 15;
 inline constexpr int kLegendBoxIndent = 15;  // the box starts this far left of the edge

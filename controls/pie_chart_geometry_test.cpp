@@ -13,8 +13,8 @@ TEST(PieChartGeometry, EdgePointsKeepTheShortPiAndTheFlattenedSecondCoordinate) 
     const struct {
         int percent;
         ChartPoint point;
-    } cases[] = {{0, {0, -749}},   {10, {-587, -606}}, {25, {-999, 0}}, {50, {0, 749}},
-                 {75, {999, 0}},   {90, {587, -606}},  {100, {0, -749}}};
+    } cases[] = {{0, {0, -749}}, {10, {-587, -606}}, {25, {-999, 0}}, {50, {0, 749}},
+                 {75, {999, 0}}, {90, {587, -606}},  {100, {0, -749}}};
     for (const auto& c : cases) {
         EXPECT_EQ(c.point, SliceEndPoint(c.percent)) << c.percent << "%";
     }

@@ -55,10 +55,12 @@ int main() {
     QzResourceStringLoader strings(env);
     strings.Initialize(L"VELK_OE_AGENT");
     ui.strings = &strings;
-    velk::win32::unique_hmodule module(::LoadLibraryExW(
-        (dist + L"\\Resource\\en-US\\VELK_OEA.dll.mui").c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
+    velk::win32::unique_hmodule module(
+        ::LoadLibraryExW((dist + L"\\Resource\\en-US\\VELK_OEA.dll.mui").c_str(), nullptr,
+                         LOAD_LIBRARY_AS_DATAFILE));
     ui.resources = module.get();
-    ::WritePrivateProfileStringW(L"Statistics", L"ProcessedMsg", L"1200", ui.where.user_ini.c_str());
+    ::WritePrivateProfileStringW(L"Statistics", L"ProcessedMsg", L"1200",
+                                 ui.where.user_ini.c_str());
     ::WritePrivateProfileStringW(L"Statistics", L"DetectedSpam", L"300", ui.where.user_ini.c_str());
     ::WritePrivateProfileStringW(L"Statistics", L"ReportedSpam", L"12", ui.where.user_ini.c_str());
 

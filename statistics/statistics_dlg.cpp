@@ -26,8 +26,7 @@ constexpr COLORREF kDetectedColor = 0x663399;
 constexpr COLORREF kReportedColor = 0xCCFFFF;
 constexpr COLORREF kInvalidColor = 0x7F7F7F;
 
-constexpr int kHeadingIds[] = {IDC_STAT_HEADING, IDC_STAT_MESSAGES_HEADING,
-                               IDC_STAT_RATES_HEADING};
+constexpr int kHeadingIds[] = {IDC_STAT_HEADING, IDC_STAT_MESSAGES_HEADING, IDC_STAT_RATES_HEADING};
 
 constexpr win32::ControlText kTexts[] = {
     {0, L"IDS_DLG_STAT_CAPTION"},
@@ -183,8 +182,8 @@ void CStatisticsDlg::FillInHeading() {
         if (current.find(win32::kSpamNameToken) == std::wstring::npos)
             return;
         settings::IniProfile profile(m_ui.where);
-        const std::wstring name =
-            win32::Prefer(settings::ReadText(profile, Key::AntiSpam), m_ui.RawText(L"IDS_SPAM_NAME"));
+        const std::wstring name = win32::Prefer(settings::ReadText(profile, Key::AntiSpam),
+                                                m_ui.RawText(L"IDS_SPAM_NAME"));
         const std::wstring filled = ReplaceFirst(current, win32::kSpamNameToken, name);
         if (filled != current)
             ::SetDlgItemTextW(hwnd(), IDC_STAT_HEADING, filled.c_str());
@@ -229,49 +228,61 @@ int CStatisticsDlg::PreDraw() {
     double detect_rate = 0, fp_rate = 0;
     // Each step needs the one before: the first that fails ends PreDraw.
     const bool ok =
-        RunStep(L"PreDraw", 1, [&] {
-            win32::companion::Send(kFlushCountersMessage);
-            settings::IniProfile profile(m_ui.where);
-            c.processed = settings::ReadInt(profile, Key::ProcessedMsg);
-            c.detected = settings::ReadInt(profile, Key::DetectedSpam);
-            c.reported_spam = settings::ReadInt(profile, Key::ReportedSpam);
-            c.reported_fp = settings::ReadInt(profile, Key::ReportedFP);
-            d = Derive(c);
-            VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lProcessedMsg      (A) : %d", c.processed);
-            VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lDetectedSpam      (B) : %d", c.detected);
-            VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lReportedSpam      (C) : %d", c.reported_spam);
-            VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lReportedFP        (D) : %d", c.reported_fp);
-            VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lRealSpamMsg=B+C-D (E) : %d", d.real_spam);
-            VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lNormalMsg  =A-E   (F) : %d", d.normal);
-        }) &&
-        RunStep(L"PreDraw", 2, [&] {
-            ::SetDlgItemTextW(hwnd(), IDC_STAT_PROCESSED, Decimal(c.processed).c_str());
-            ::SetDlgItemTextW(hwnd(), IDC_STAT_DETECTED, Decimal(c.detected).c_str());
-            ::SetDlgItemTextW(hwnd(), IDC_STAT_REPORTED_SPAM, Decimal(c.reported_spam).c_str());
-            ::SetDlgItemTextW(hwnd(), IDC_STAT_REPORTED_FP, Decimal(c.reported_fp).c_str());
-        }) &&
-        RunStep(L"PreDraw", 3, [&] {
-            detect_rate = d.detect_rate;
-            fp_rate = d.fp_rate;
-            if (AnyNegative(c)) {
-                VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ Disable Pie Chart because of invalid Data");
-                m_bChartValid = false;
-            }
-            VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ fDetectRate=(B-D)/E (G) : %.3f%%", detect_rate);
-            VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ fFPRate    =D/F     (H) : %.3f%%", fp_rate);
-        }) &&
-        RunStep(L"PreDraw", 4, [&] {
-            detect_rate = ClampPercent(detect_rate);
-            fp_rate = ClampPercent(fp_rate);
-            if (AllZero(c)) {
-                detect_rate = fp_rate = 0;
-                m_bChartValid = true;
-            }
-        }) &&
-        RunStep(L"PreDraw", 5, [&] {
-            ::SetDlgItemTextW(hwnd(), IDC_STAT_DETECT_RATE, FormatRate(detect_rate).c_str());
-            ::SetDlgItemTextW(hwnd(), IDC_STAT_FP_RATE, FormatRate(fp_rate).c_str());
-        }) &&
+        RunStep(
+            L"PreDraw", 1,
+            [&] {
+                win32::companion::Send(kFlushCountersMessage);
+                settings::IniProfile profile(m_ui.where);
+                c.processed = settings::ReadInt(profile, Key::ProcessedMsg);
+                c.detected = settings::ReadInt(profile, Key::DetectedSpam);
+                c.reported_spam = settings::ReadInt(profile, Key::ReportedSpam);
+                c.reported_fp = settings::ReadInt(profile, Key::ReportedFP);
+                d = Derive(c);
+                VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lProcessedMsg      (A) : %d", c.processed);
+                VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lDetectedSpam      (B) : %d", c.detected);
+                VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lReportedSpam      (C) : %d",
+                         c.reported_spam);
+                VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lReportedFP        (D) : %d", c.reported_fp);
+                VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lRealSpamMsg=B+C-D (E) : %d", d.real_spam);
+                VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ lNormalMsg  =A-E   (F) : %d", d.normal);
+            }) &&
+        RunStep(L"PreDraw", 2,
+                [&] {
+                    ::SetDlgItemTextW(hwnd(), IDC_STAT_PROCESSED, Decimal(c.processed).c_str());
+                    ::SetDlgItemTextW(hwnd(), IDC_STAT_DETECTED, Decimal(c.detected).c_str());
+                    ::SetDlgItemTextW(hwnd(), IDC_STAT_REPORTED_SPAM,
+                                      Decimal(c.reported_spam).c_str());
+                    ::SetDlgItemTextW(hwnd(), IDC_STAT_REPORTED_FP, Decimal(c.reported_fp).c_str());
+                }) &&
+        RunStep(
+            L"PreDraw", 3,
+            [&] {
+                detect_rate = d.detect_rate;
+                fp_rate = d.fp_rate;
+                if (AnyNegative(c)) {
+                    VELK_LOG(
+                        L"@@CStatisticsDlg::PreDraw@@ Disable Pie Chart because of invalid Data");
+                    m_bChartValid = false;
+                }
+                VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ fDetectRate=(B-D)/E (G) : %.3f%%",
+                         detect_rate);
+                VELK_LOG(L"@@CStatisticsDlg::PreDraw@@ fFPRate    =D/F     (H) : %.3f%%", fp_rate);
+            }) &&
+        RunStep(L"PreDraw", 4,
+                [&] {
+                    detect_rate = ClampPercent(detect_rate);
+                    fp_rate = ClampPercent(fp_rate);
+                    if (AllZero(c)) {
+                        detect_rate = fp_rate = 0;
+                        m_bChartValid = true;
+                    }
+                }) &&
+        RunStep(L"PreDraw", 5,
+                [&] {
+                    ::SetDlgItemTextW(hwnd(), IDC_STAT_DETECT_RATE,
+                                      FormatRate(detect_rate).c_str());
+                    ::SetDlgItemTextW(hwnd(), IDC_STAT_FP_RATE, FormatRate(fp_rate).c_str());
+                }) &&
         RunStep(L"PreDraw", 6, [&] {
             m_chart.RemoveAllSlices();
             if (!m_bChartValid) {
@@ -281,8 +292,7 @@ int CStatisticsDlg::PreDraw() {
             const Shares s = ChartShares(c, d);
             m_chart.AddSlice(s.normal, kNormalMailColor, Text(L"IDS_DLG_STAT_GENERAL_MESSAGE"));
             m_chart.AddSlice(s.detected, kDetectedColor, Text(L"IDS_DLG_STAT_GENERAL_DETECT"));
-            m_chart.AddSlice(s.reported, kReportedColor,
-                             Text(L"IDS_DLG_STAT_GENERAL_REPORT_SPAM"));
+            m_chart.AddSlice(s.reported, kReportedColor, Text(L"IDS_DLG_STAT_GENERAL_REPORT_SPAM"));
         });
     return ok ? 0 : -1;
 }
@@ -310,9 +320,9 @@ RECT CStatisticsDlg::ChartArea() const {
 void CStatisticsDlg::OnPaint() {
     win32::BufferedPaint paint(hwnd());
     HDC dc = paint.dc();
-    ::FillRect(dc, &paint.client(),
-               m_brBackground ? m_brBackground.get()
-                              : static_cast<HBRUSH>(::GetStockObject(WHITE_BRUSH)));
+    ::FillRect(
+        dc, &paint.client(),
+        m_brBackground ? m_brBackground.get() : static_cast<HBRUSH>(::GetStockObject(WHITE_BRUSH)));
     const RECT area = ChartArea();
     if (m_bChartValid) {
         const POINT centre{(area.left + area.right) / 2, (area.top + area.bottom) / 2};

@@ -12,14 +12,15 @@
 #include <vector>
 
 #include "common_src/win32/QzResourceStringLoader.h"
+#include "demo/driver/child_process.h"
+#include "demo/driver/remote_window.h"
+#include "demo/driver/screen_shot.h"
 #include "log/diag_log.h"
 #include "statistics/statistics_ids.h"
 
 namespace velk::statistics {
 namespace {
 
-using win32::unique_file;
-using win32::unique_handle;
 using win32::unique_hmodule;
 
 const std::wstring kDist = VELK_TEST_DIST;
@@ -51,87 +52,55 @@ void WriteAll(const std::wstring& path, const std::string& text) {
 class Scanner {
 public:
     Scanner(const std::wstring& settings, const std::wstring& log) {
-        const std::wstring event_name = L"VelkStatisticsScanner" + std::to_wstring(::GetCurrentProcessId());
-        unique_handle ready(::CreateEventW(nullptr, TRUE, FALSE, event_name.c_str()));
-        SECURITY_ATTRIBUTES sa{sizeof sa, nullptr, TRUE};
-        nul_.reset(::CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
-                                 FILE_SHARE_READ | FILE_SHARE_WRITE, &sa, OPEN_EXISTING, 0,
-                                 nullptr));
-        STARTUPINFOW si{};
-        si.cb = sizeof si;
-        si.dwFlags = STARTF_USESTDHANDLES;
-        si.hStdInput = si.hStdOutput = si.hStdError = nul_.get();
-        const std::wstring exe = VELK_SCANNER_STUB_EXE;
-        std::wstring line = L"\"" + exe + L"\" listen --settings \"" + settings + L"\" --log \"" +
-                            log + L"\" --ready-event " + event_name;
-        PROCESS_INFORMATION pi{};
-        if (::CreateProcessW(exe.c_str(), &line[0], nullptr, nullptr, TRUE, CREATE_NO_WINDOW,
-                             nullptr, nullptr, &si, &pi)) {
-            process_.reset(pi.hProcess);
-            ::CloseHandle(pi.hThread);
-            if (::WaitForSingleObject(ready.get(), 20000) == WAIT_OBJECT_0)
-                window_ = ::FindWindowW(nullptr, kScannerTitle);
+        DWORD error = 0;
+        if (process_.Start(demo::QuoteArgument(VELK_SCANNER_STUB_EXE) + L" listen --settings " +
+                               demo::QuoteArgument(settings) + L" --log " +
+                               demo::QuoteArgument(log),
+                           error)) {
+            window_ =
+                demo::WaitForWindow([] { return ::FindWindowW(nullptr, kScannerTitle); }, 20000);
         }
     }
     ~Scanner() {
-        if (window_)
-            ::PostMessageW(window_, WM_CLOSE, 0, 0);
-        if (process_ && ::WaitForSingleObject(process_.get(), 10000) != WAIT_OBJECT_0)
-            ::TerminateProcess(process_.get(), 99);
+        DWORD code = 0;
+        if (window_ && ::PostMessageW(window_, WM_CLOSE, 0, 0))
+            process_.Wait(10000, code);
     }
     HWND window() const { return window_; }
 
 private:
-    unique_file nul_;
-    unique_handle process_;
+    demo::ChildProcess process_;
     HWND window_ = nullptr;
-};
-
-struct Pixels {
-    int width = 0, height = 0;
-    std::vector<COLORREF> at;  // RGB(), row by row
-    int Count(COLORREF color, const RECT& r) const {
-        int n = 0;
-        for (int y = std::max(0L, r.top); y < std::min<LONG>(height, r.bottom); ++y)
-            for (int x = std::max(0L, r.left); x < std::min<LONG>(width, r.right); ++x)
-                n += at[y * width + x] == color;
-        return n;
-    }
 };
 
 // The dialog's client area as it is on the screen (PrintWindow is white
 // under Wine).
+struct Pixels {
+    demo::Picture shot;
+    POINT client{0, 0};  // the client area's corner in the picture
+    int width() const { return shot.width - client.x; }
+    int height() const { return shot.height - client.y; }
+    int Count(COLORREF color, const RECT& r) const {
+        int n = 0;
+        for (LONG y = std::max(0L, r.top); y < std::min<LONG>(height(), r.bottom); ++y)
+            for (LONG x = std::max(0L, r.left); x < std::min<LONG>(width(), r.right); ++x)
+                n += shot.At(client.x + x, client.y + y) == color;
+        return n;
+    }
+};
+
 Pixels Capture(HWND hwnd) {
     Pixels p;
-    RECT rc;
-    ::GetClientRect(hwnd, &rc);
-    POINT origin{0, 0};
-    ::ClientToScreen(hwnd, &origin);
-    p.width = rc.right;
-    p.height = rc.bottom;
-    BITMAPINFO bi{};
-    bi.bmiHeader.biSize = sizeof bi.bmiHeader;
-    bi.bmiHeader.biWidth = p.width;
-    bi.bmiHeader.biHeight = -p.height;
-    bi.bmiHeader.biPlanes = 1;
-    bi.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    win32::window_dc screen(nullptr);
-    win32::unique_hdc memory(::CreateCompatibleDC(screen.get()));
-    win32::unique_hbitmap dib(
-        ::CreateDIBSection(screen.get(), &bi, DIB_RGB_COLORS, &bits, nullptr, 0));
-    {
-        win32::select_object keep(memory.get(), dib.get());
-        ::BitBlt(memory.get(), 0, 0, p.width, p.height, screen.get(), origin.x, origin.y, SRCCOPY);
-    }
-    const auto* px = static_cast<const std::uint32_t*>(bits);
-    for (int i = 0; i < p.width * p.height; ++i)
-        p.at.push_back(RGB((px[i] >> 16) & 0xFF, (px[i] >> 8) & 0xFF, px[i] & 0xFF));
+    RECT window;
+    ::GetWindowRect(hwnd, &window);
+    ::ClientToScreen(hwnd, &p.client);
+    p.client.x -= window.left;
+    p.client.y -= window.top;
+    demo::CaptureWindow(hwnd, p.shot);
     return p;
 }
 
-constexpr COLORREF kNormal = 0xFF9999, kDetected = 0x663399, kReported = 0xCCFFFF,
-                   kGrey = 0x7F7F7F;
+constexpr COLORREF kNormal = 0xFF9999, kDetected = 0x663399, kReported = 0xCCFFFF, kGrey = 0x7F7F7F;
 
 class StatisticsDialogTest : public ::testing::Test {
 protected:
@@ -192,9 +161,9 @@ protected:
         return text;
     }
     std::vector<std::wstring> Counts() const {
-        return {Label(IDC_STAT_PROCESSED), Label(IDC_STAT_DETECTED),
+        return {Label(IDC_STAT_PROCESSED),     Label(IDC_STAT_DETECTED),
                 Label(IDC_STAT_REPORTED_SPAM), Label(IDC_STAT_REPORTED_FP),
-                Label(IDC_STAT_DETECT_RATE), Label(IDC_STAT_FP_RATE)};
+                Label(IDC_STAT_DETECT_RATE),   Label(IDC_STAT_FP_RATE)};
     }
     // The square around the chart's circle, in client coordinates.
     RECT Circle() const {
@@ -250,8 +219,9 @@ StatisticsDialogTest* StatisticsDialogTest::current_ = nullptr;
 
 TEST_F(StatisticsDialogTest, ShowsWhatTheScannerFlushedJustBeforeReadingAndChartsIt) {
     WriteAll(ui_.where.install_ini, "[General]\r\nAnti-Spam=Spamless\r\n");
-    Counters("ProcessedMsg=4\r\nDetectedSpam=2\r\nReportedSpam=0\r\nReportedFP=0\r\n"
-             "RunningSince=1700000000\r\n");
+    Counters(
+        "ProcessedMsg=4\r\nDetectedSpam=2\r\nReportedSpam=0\r\nReportedFP=0\r\n"
+        "RunningSince=1700000000\r\n");
     const std::wstring log = dir_ + L"scanner.txt";
     Scanner scanner(ui_.where.user_ini, log);
     ASSERT_NE(nullptr, scanner.window());
@@ -259,13 +229,12 @@ TEST_F(StatisticsDialogTest, ShowsWhatTheScannerFlushedJustBeforeReadingAndChart
     ::PostMessageW(scanner.window(), WM_USER + 17, 0, 0);
     for (int i = 0; i < 200 && ReadAll(log).find("WM_USER+17") == std::string::npos; ++i)
         ::Sleep(10);
-    ASSERT_EQ(0u, ::GetPrivateProfileIntW(L"Statistics", L"ReportedSpam", 9,
-                                          ui_.where.user_ini.c_str()));
+    ASSERT_EQ(
+        0u, ::GetPrivateProfileIntW(L"Statistics", L"ReportedSpam", 9, ui_.where.user_ini.c_str()));
 
     HWND hwnd = Open();
     ASSERT_NE(nullptr, hwnd);
-    EXPECT_EQ((std::vector<std::wstring>{L"4", L"2", L"1", L"0", L"66.667%", L"0.000%"}),
-              Counts());
+    EXPECT_EQ((std::vector<std::wstring>{L"4", L"2", L"1", L"0", L"66.667%", L"0.000%"}), Counts());
     EXPECT_EQ(L"Spamless Statistics", Label(IDC_STAT_HEADING));
     EXPECT_NE(std::wstring::npos, Label(IDC_STAT_SINCE).find(L"2023")) << Label(IDC_STAT_SINCE);
     EXPECT_NE(std::string::npos, ReadAll(log).find("posted WM_USER+17 wParam=0x0 lParam=0x0\r\n"
@@ -283,13 +252,14 @@ TEST_F(StatisticsDialogTest, ShowsWhatTheScannerFlushedJustBeforeReadingAndChart
     EXPECT_NEAR(0.50, detected / double(all), 0.02);
     EXPECT_NEAR(0.25, reported / double(all), 0.02);
     // The legend's boxes right of the circle.
-    const RECT legend{circle.right, circle.top, shot.width, circle.bottom};
+    const RECT legend{circle.right, circle.top, shot.width(), circle.bottom};
     EXPECT_GT(shot.Count(kReported, legend), 200);
 }
 
 TEST_F(StatisticsDialogTest, ResetAsksFirstAndOnlyYesResetsTheCountersAndRereadsThem) {
-    Counters("ProcessedMsg=10\r\nDetectedSpam=4\r\nReportedSpam=1\r\nReportedFP=1\r\n"
-             "RunningSince=1600000000\r\n");
+    Counters(
+        "ProcessedMsg=10\r\nDetectedSpam=4\r\nReportedSpam=1\r\nReportedFP=1\r\n"
+        "RunningSince=1600000000\r\n");
     const std::wstring log = dir_ + L"scanner.txt";
     Scanner scanner(ui_.where.user_ini, log);
     ASSERT_NE(nullptr, scanner.window());
@@ -322,17 +292,18 @@ TEST_F(StatisticsDialogTest, InvalidDataShowsTheErrorTextInsteadOfTheChart) {
     EXPECT_FALSE(dialog_->chart_valid());
 
     const Pixels shot = Capture(hwnd);
-    const RECT all{0, 0, shot.width, shot.height};
+    const RECT all{0, 0, shot.width(), shot.height()};
     for (COLORREF c : {kNormal, kDetected, kReported, kGrey})
         EXPECT_EQ(0, shot.Count(c, all)) << std::hex << c;
     const RECT circle = Circle();
-    const RECT text_band{circle.left, circle.top, shot.width, circle.bottom};
+    const RECT text_band{circle.left, circle.top, shot.width(), circle.bottom};
     EXPECT_GT(shot.Count(RGB(0, 0, 0), text_band), 100) << "the error text";
 
     log::Close();
     const std::wstring name = log::CurrentPath();
     const std::string text = ReadAll(name);
-    EXPECT_NE(std::string::npos, text.find("@@CStatisticsDlg::PreDraw@@ lReportedFP        (D) : -3"));
+    EXPECT_NE(std::string::npos,
+              text.find("@@CStatisticsDlg::PreDraw@@ lReportedFP        (D) : -3"));
     EXPECT_NE(std::string::npos,
               text.find("@@CStatisticsDlg::PreDraw@@ Disable Pie Chart because of invalid Data"));
     // The rate is logged as computed and shown clamped.

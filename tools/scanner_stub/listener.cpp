@@ -141,7 +141,8 @@ void Listener::LoadCounters() {
     const std::wstring path = Widen(command_.settings);
     const std::wstring section = Widen(kStatisticsSection);
     auto read = [&](const wchar_t* key) {
-        return static_cast<std::int32_t>(::GetPrivateProfileIntW(section.c_str(), key, 0, path.c_str()));
+        return static_cast<std::int32_t>(
+            ::GetPrivateProfileIntW(section.c_str(), key, 0, path.c_str()));
     };
     counters_.processed = read(L"ProcessedMsg");
     counters_.detected = read(L"DetectedSpam");
@@ -162,8 +163,8 @@ void Listener::WriteCounters() {
     const std::wstring path = Widen(command_.settings);
     const std::wstring section = Widen(kStatisticsSection);
     for (const auto& [key, value] : counters_.Entries()) {
-        if (!::WritePrivateProfileStringW(section.c_str(), Widen(key).c_str(),
-                                          Widen(value).c_str(), path.c_str())) {
+        if (!::WritePrivateProfileStringW(section.c_str(), Widen(key).c_str(), Widen(value).c_str(),
+                                          path.c_str())) {
             std::fprintf(stderr, "error: cannot write [%s] %s to %s\n", kStatisticsSection,
                          key.c_str(), command_.settings.c_str());
         }

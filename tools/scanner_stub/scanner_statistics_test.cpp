@@ -10,13 +10,14 @@ namespace {
 TEST(ScannerStatistics, ASessionCountsWhatItDidAndTheUsersReports) {
     std::vector<Command> session;
     std::string error;
-    ASSERT_TRUE(ParseScript("purge --folder 2\n"
-                            "clone --folder 1 --msg 1\n"
-                            "move --src 1 --dst 2 --msg 2 --verdict 1\n"
-                            "move --src 1 --dst 3 --msg 3 --verdict 2\n"
-                            "delete --folder 1 --msg 4\n"
-                            "sleep 5\n",
-                            session, error))
+    ASSERT_TRUE(
+        ParseScript("purge --folder 2\n"
+                    "clone --folder 1 --msg 1\n"
+                    "move --src 1 --dst 2 --msg 2 --verdict 1\n"
+                    "move --src 1 --dst 3 --msg 3 --verdict 2\n"
+                    "delete --folder 1 --msg 4\n"
+                    "sleep 5\n",
+                    session, error))
         << error;
     StatisticsCounters counters;
     counters.running_since = 1700000000;
