@@ -127,16 +127,8 @@ protected:
     void TearDown() override {
         dialog_.reset();
         log::Close();
-        WIN32_FIND_DATAW fd;
-        HANDLE find = ::FindFirstFileW((dir_ + L"*").c_str(), &fd);
-        if (find != INVALID_HANDLE_VALUE) {
-            do {
-                ::DeleteFileW((dir_ + fd.cFileName).c_str());
-                ::RemoveDirectoryW((dir_ + fd.cFileName).c_str());
-            } while (::FindNextFileW(find, &fd));
-            ::FindClose(find);
-        }
-        ::RemoveDirectoryW(dir_.c_str());
+        std::error_code ignored;
+        std::filesystem::remove_all(std::filesystem::path(dir_), ignored);
     }
 
     void Counters(const std::string& statistics) {
