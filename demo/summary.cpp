@@ -6,6 +6,7 @@
 #include "demo/outcome.h"
 #include "demo/run_records.h"
 #include "demo/store_journal.h"
+#include "tools/scanner_stub/scanner_statistics.h"
 
 namespace velk::demo {
 
@@ -81,6 +82,41 @@ std::string CloseLine(const std::vector<ClientEvent>& events, const RunRecords& 
     return line;
 }
 
+// The statistics dialog must show what the scanning process counted: the
+// session's requests and the user's reports.
+void StatisticsLine(const RunRecords& run, std::size_t reports, Summary& s) {
+    if (run.statistics.size() != 6) {
+        s.lines.push_back("statistics: the dialog was not shown");
+        return;
+    }
+    const std::vector<std::string>& v = run.statistics;
+    s.lines.push_back("statistics: the dialog showed " + v[0] + " processed, " + v[1] +
+                      " detected, " + v[2] + " reported as spam, " + v[3] +
+                      " as not spam; detection rate " + v[4] + ", false-positive rate " + v[5] +
+                      (run.statistics_screenshot.empty()
+                           ? std::string()
+                           : "; screenshot " + run.statistics_screenshot + " pixels"));
+    if (!run.scenario)
+        return;
+    std::vector<tools::scanner::Command> session;
+    std::string error;
+    tools::scanner::StatisticsCounters counted;
+    if (tools::scanner::ParseScript(SessionScript(*run.scenario), session, error)) {
+        for (const tools::scanner::Command& c : session)
+            counted.CountRequest(c);
+    }
+    for (std::size_t i = 0; i < reports; ++i)
+        counted.CountMessage(kReportSpamMessage);
+    const std::vector<std::string> expected{
+        std::to_string(counted.processed), std::to_string(counted.detected),
+        std::to_string(counted.reported_spam), std::to_string(counted.reported_fp)};
+    if (!std::equal(expected.begin(), expected.end(), v.begin())) {
+        s.failures.push_back("the statistics dialog showed " + v[0] + "/" + v[1] + "/" + v[2] +
+                             "/" + v[3] + ", the session counted " + expected[0] + "/" +
+                             expected[1] + "/" + expected[2] + "/" + expected[3]);
+    }
+}
+
 }  // namespace
 
 std::string Summary::Text() const {
@@ -150,6 +186,7 @@ Summary Summarize(const RunRecords& run) {
     s.lines.push_back(log_line);
     if (!run.screenshot.empty())
         s.lines.push_back("screenshot: " + run.screenshot + " pixels of the client window");
+    StatisticsLine(run, posted, s);
     s.failures.insert(s.failures.end(), run.problems.begin(), run.problems.end());
     return s;
 }

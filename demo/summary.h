@@ -30,6 +30,11 @@ struct RunRecords {
     bool clicked = false;               // the mouse went down and up on Report Spam
     double close_seconds = 0;           // from WM_CLOSE until the client ended; 0: it did not
     std::string screenshot;             // "900x560", empty when none was taken
+    // The statistics dialog opened at the end, as it showed: processed,
+    // detected, reported as spam, reported as not spam, the two rates;
+    // empty when it did not open.
+    std::vector<std::string> statistics;
+    std::string statistics_screenshot;  // "636x314"
     std::uint64_t start = 0, end = 0;   // the run, seconds since 1970 (UTC)
     std::vector<std::string> problems;  // steps that failed
 };

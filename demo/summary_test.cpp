@@ -33,6 +33,8 @@ protected:
         run_.clicked = true;
         run_.close_seconds = 0.03;
         run_.screenshot = "900x560";
+        run_.statistics = {"1", "1", "1", "0", "50.000%", "0.000%"};
+        run_.statistics_screenshot = "636x314";
     }
 
     Scenario scenario_;
@@ -54,6 +56,8 @@ TEST_F(DemoSummary, AGoodRunIsToldInFullAndPasses) {
         "3.0 ms\n"
         "add-in log: VELKAgent.20240611.log, 1 lines, no errors reported\n"
         "screenshot: 900x560 pixels of the client window\n"
+        "statistics: the dialog showed 1 processed, 1 detected, 1 reported as spam, 0 as not "
+        "spam; detection rate 50.000%, false-positive rate 0.000%; screenshot 636x314 pixels\n"
         "check: passed\n",
         s.Text());
 }
@@ -67,6 +71,7 @@ TEST_F(DemoSummary, WhatTheRunMissedFailsIt) {
     run_.after = run_.before;
     run_.addin_logs.clear();
     run_.problems = {"no screenshot of the client"};
+    run_.statistics[0] = "0";
     const Summary s = Summarize(run_);
     EXPECT_EQ(
         "start-up: the add-in failed to load (load Z:\\d\\VELK_OEA.dll failed error=126 "
@@ -77,6 +82,7 @@ TEST_F(DemoSummary, WhatTheRunMissedFailsIt) {
         "line 5: spam.eml: expected in Junk, found in Inbox",
         "Report Spam did not reach the scanning process",
         "the add-in had not detached when the client got WM_CLOSE", "the add-in wrote no log",
+        "the statistics dialog showed 0/1/1/0, the session counted 1/1/0/0",
         "no screenshot of the client"};
     EXPECT_EQ(expected, s.failures);
     EXPECT_NE(std::string::npos, s.Text().find("check: FAILED\n  line 5: spam.eml"));

@@ -5,8 +5,8 @@
 # mail-client stand-in loads a copy of the staged installation (log on), the
 # scanning-process stand-in plays demo/scenario.txt against the sample
 # mailbox through the message-store stand-in, Report Spam is clicked, the
-# client is closed. Everything the run leaves is in BUILD_ROOT/demo; the
-# summary is printed. DEMO_MODE=oe runs the client as Outlook Express (Wine
+# statistics dialog shows the session's counts, the client is closed.
+# Everything the run leaves is in BUILD_ROOT/demo; the summary is printed. DEMO_MODE=oe runs the client as Outlook Express (Wine
 # reports XP x64 to it), DEMO_MODE=wmail as Windows Mail; the default follows
 # the prefix (Windows 7: Windows Mail).
 #
@@ -37,17 +37,19 @@ VELK_WINE_TIMEOUT=150 "$here/wine-session.sh" "$win" "$here/wine-run.sh" "$drive
   --out "Z:${out//\//\\}" --mode "$mode"
 status=$?
 
-if [ -f "$out/screenshot.bmp" ]; then
-  # ImageMagick's own convert: the one first on PATH may be a stand-in that
-  # writes only PPM.
-  if /usr/bin/convert "$out/screenshot.bmp" "$out/screenshot.png"; then
-    rm -f "$out/screenshot.bmp"
+for shot in screenshot statistics; do
+  if [ -f "$out/$shot.bmp" ]; then
+    # ImageMagick's own convert: the one first on PATH may be a stand-in that
+    # writes only PPM.
+    if /usr/bin/convert "$out/$shot.bmp" "$out/$shot.png"; then
+      rm -f "$out/$shot.bmp"
+    fi
   fi
-fi
+done
 
 ms=$(( ($(date +%s%N) - started) / 1000000 ))
 if [ -f "$out/summary.txt" ]; then
-  echo "files: $out/ (screenshot.png, mailbox/ after the run, mailbox-before/, VELKAgent.*.log,"
+  echo "files: $out/ (screenshot.png, statistics.png, mailbox/ after the run, mailbox-before/, VELKAgent.*.log,"
   echo "       store-journal.txt, client-events.txt, scanner-messages.txt, scanner-report.txt, summary.txt)"
 fi
 printf 'demo: %d.%01d s in all (Wine session, client, session, close, report)\n' \

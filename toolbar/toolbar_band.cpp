@@ -10,6 +10,7 @@
 #include "resources/resource_ids.h"
 #include "settings/ini_profile.h"
 #include "settings/settings_access.h"
+#include "statistics/statistics_dlg.h"
 
 namespace velk::toolbar {
 
@@ -58,7 +59,7 @@ CToolBarBand::CToolBarBand(const ToolBarButtonRecord* records, int count, bool w
         {ID_TB_OVERFLOW, &CToolBarBand::OnOverflowMenu},
         // Their dialogs arrive with the settings user interface.
         {ID_MENU_FILTERING_SETTINGS, &CToolBarBand::OnDialogLater},
-        {ID_MENU_STATISTICS, &CToolBarBand::OnDialogLater},
+        {ID_MENU_STATISTICS, &CToolBarBand::OnStatistics},
         {ID_MENU_UPDATES, &CToolBarBand::OnDialogLater},
         {ID_MENU_CLOUD_FEEDBACK, &CToolBarBand::OnDialogLater},
         {ID_MENU_ABOUT, &CToolBarBand::OnDialogLater},
@@ -286,6 +287,19 @@ void CToolBarBand::OnEnableToolbar() {
         }
     }
     EnableButtons(true);
+}
+
+void CToolBarBand::OnStatistics() {
+    if (SettingsSheetOpen())
+        return;
+    // Everything the dialog needs is copied here: the band may be gone
+    // before the dialog closes.
+    win32::UiContext ui;
+    ui.where = Globals().where;
+    ui.strings = &Globals().strings;
+    ui.resources = host::ResourceModule();
+    ui.owner = win32::TopLevelOwner(hwnd());
+    statistics::ShowStatistics(ui);
 }
 
 void CToolBarBand::OnHelp() {

@@ -69,6 +69,7 @@ private:
     void OnDisableToolbar();
     void OnEnableToolbar();
     void OnHelp();
+    void OnStatistics();
     void OnOverflowMenu();
     void OnDialogLater() {}
     void EnableOne(int index, bool enable);

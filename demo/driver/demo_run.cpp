@@ -1,8 +1,9 @@
 // The demo run: a copy of the staged installation with the diagnostic log
 // on, the sample mailbox in the store stand-in, the mail-client stand-in with
 // the add-in (and the probe), the scanning-process stand-in playing the
-// scenario's session, a screenshot, a real click on Report Spam, the client's
-// close; then the summary, read from what the run left on disk only.
+// scenario's session, a screenshot, a real click on Report Spam, the
+// statistics dialog on the session's counts with its own screenshot, the
+// client's close; then the summary, read from what the run left on disk only.
 #include "demo/driver/demo_run.h"
 
 #include <windows.h>
@@ -26,6 +27,8 @@
 #include "demo/run_records.h"
 #include "demo/scenario.h"
 #include "demo/summary.h"
+#include "resources/resource_ids.h"
+#include "statistics/statistics_ids.h"
 
 namespace velk::demo {
 
@@ -164,6 +167,7 @@ public:
             PlaySession();
             ShowAndShoot();
             PressReportSpam();
+            ShowStatistics();
         }
         Close();
         end_time_ = UnixNow();
@@ -296,7 +300,8 @@ private:
         const std::wstring command = QuoteArgument(config_.scanner_exe) + L" --report " +
                                      QuoteArgument(scanner_report_) +
                                      L" --wait 5000 listen --log " + QuoteArgument(scanner_log_) +
-                                     L" --script " + QuoteArgument(session_);
+                                     L" --script " + QuoteArgument(session_) + L" --settings " +
+                                     QuoteArgument(user_folder_ + L"\\VELK_OE.ini");
         DWORD error = 0;
         if (!scanner_.Start(command, error))
             return Problem("cannot start the scanning process stand-in, error " +
@@ -379,6 +384,54 @@ private:
                   5000);
     }
 
+    // ---- the statistics of the session ----
+
+    // Menu command 32773 as the logo menu sends it; the dialog asks the
+    // scanning process for its counters, which now hold the session.
+    void ShowStatistics() {
+        HWND band = report_spam_ ? ::GetParent(report_spam_) : nullptr;
+        if (!band || !::PostMessageW(band, WM_COMMAND, MAKEWPARAM(ID_MENU_STATISTICS, 0), 0)) {
+            Problem("no band to send the statistics command to");
+            return;
+        }
+        HWND dialog = nullptr;
+        WaitUntil(
+            [&] {
+                for (HWND w = ::FindWindowExW(nullptr, nullptr, L"#32770", nullptr); w;
+                     w = ::FindWindowExW(nullptr, w, L"#32770", nullptr)) {
+                    DWORD owner = 0;
+                    ::GetWindowThreadProcessId(w, &owner);
+                    if (owner == client_.id() && ::GetDlgItem(w, IDC_STAT_CHART) &&
+                        ::IsWindowVisible(w)) {
+                        dialog = w;
+                        return true;
+                    }
+                }
+                return !client_.Running();
+            },
+            10000);
+        if (!dialog) {
+            Problem("the statistics dialog did not open");
+            return;
+        }
+        ::RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+        ::Sleep(300);
+        for (int id : {IDC_STAT_PROCESSED, IDC_STAT_DETECTED, IDC_STAT_REPORTED_SPAM,
+                       IDC_STAT_REPORTED_FP, IDC_STAT_DETECT_RATE, IDC_STAT_FP_RATE}) {
+            wchar_t text[64] = {};
+            ::GetDlgItemTextW(dialog, id, text, 64);
+            statistics_.push_back(Utf8(text));
+        }
+        Picture picture;
+        if (!CaptureWindow(dialog, picture) || !SaveBmp(picture, out_ + L"\\statistics.bmp"))
+            Problem("no screenshot of the statistics dialog");
+        else
+            statistics_shot_ = std::to_string(picture.width) + "x" + std::to_string(picture.height);
+        ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+        if (!WaitUntil([&] { return !::IsWindow(dialog); }, 5000))
+            Problem("the statistics dialog did not close");
+    }
+
     // ---- the end ----
 
     void Close() {
@@ -437,6 +490,8 @@ private:
         run.clicked = clicked_;
         run.close_seconds = close_time_;
         run.screenshot = shot_;
+        run.statistics = statistics_;
+        run.statistics_screenshot = statistics_shot_;
         run.start = start_time_;
         run.end = end_time_;
         run.problems = problems_;
@@ -470,7 +525,8 @@ private:
     bool band_seen_ = false, moved_ = false, clicked_ = false;
     double band_time_ = 0, close_time_ = 0;
     std::uint64_t start_time_ = 0, end_time_ = 0;
-    std::string shot_;
+    std::string shot_, statistics_shot_;
+    std::vector<std::string> statistics_;
     std::vector<std::wstring> logs_;
     std::vector<std::string> problems_;
 };

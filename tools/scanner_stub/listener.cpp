@@ -15,6 +15,18 @@ bool IsPrivate(UINT msg) {
     return msg >= WM_USER && msg <= 0xBFFF;
 }
 
+constexpr UINT kFlushStatistics = WM_USER + 21;
+constexpr UINT kResetStatistics = WM_USER + 26;
+
+std::int64_t UnixNow() {
+    FILETIME ft;
+    ::GetSystemTimeAsFileTime(&ft);
+    ULARGE_INTEGER t;
+    t.LowPart = ft.dwLowDateTime;
+    t.HighPart = ft.dwHighDateTime;
+    return static_cast<std::int64_t>((t.QuadPart - 116444736000000000ull) / 10000000ull);
+}
+
 }  // namespace
 
 Listener::Listener(const Command& command, std::function<void(HWND)> after_start)
@@ -30,6 +42,7 @@ int Listener::Run() {
         std::fprintf(stderr, "error: cannot open %s\n", command_.log.c_str());
         return 1;
     }
+    LoadCounters();
     HINSTANCE instance = ::GetModuleHandleW(nullptr);
     WNDCLASSEXW wc{};
     wc.cbSize = sizeof wc;
@@ -113,6 +126,50 @@ LRESULT Listener::ProcessMessage(UINT msg, WPARAM wparam, LPARAM lparam) {
 void Listener::OnPrivateMessage(bool sent, UINT msg, WPARAM wparam, LPARAM lparam) {
     log_.Write(FormatMessageLine(sent, msg, static_cast<std::uint64_t>(wparam),
                                  static_cast<std::uint64_t>(lparam)));
+    counters_.CountMessage(msg - WM_USER);
+    if (msg == kResetStatistics) {
+        counters_.Reset(UnixNow());
+        WriteCounters();
+    } else if (msg == kFlushStatistics) {
+        WriteCounters();
+    }
+}
+
+void Listener::LoadCounters() {
+    if (command_.settings.empty())
+        return;
+    const std::wstring path = Widen(command_.settings);
+    const std::wstring section = Widen(kStatisticsSection);
+    auto read = [&](const wchar_t* key) {
+        return static_cast<std::int32_t>(
+            ::GetPrivateProfileIntW(section.c_str(), key, 0, path.c_str()));
+    };
+    counters_.processed = read(L"ProcessedMsg");
+    counters_.detected = read(L"DetectedSpam");
+    counters_.reported_spam = read(L"ReportedSpam");
+    counters_.reported_fp = read(L"ReportedFP");
+    counters_.running_since = read(L"RunningSince");
+    // A first start: counting begins now, and the file says so at once (the
+    // add-in reads the date before it asks for a flush).
+    if (counters_.running_since == 0) {
+        counters_.running_since = UnixNow();
+        WriteCounters();
+    }
+}
+
+void Listener::WriteCounters() {
+    if (command_.settings.empty())
+        return;
+    const std::wstring path = Widen(command_.settings);
+    const std::wstring section = Widen(kStatisticsSection);
+    for (const auto& [key, value] : counters_.Entries()) {
+        if (!::WritePrivateProfileStringW(section.c_str(), Widen(key).c_str(), Widen(value).c_str(),
+                                          path.c_str())) {
+            std::fprintf(stderr, "error: cannot write [%s] %s to %s\n", kStatisticsSection,
+                         key.c_str(), command_.settings.c_str());
+        }
+    }
+    ::WritePrivateProfileStringW(nullptr, nullptr, nullptr, path.c_str());  // flush
 }
 
 }  // namespace velk::tools::scanner

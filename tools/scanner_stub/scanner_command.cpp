@@ -55,7 +55,7 @@ bool Allowed(Verb verb, std::string_view option) {
         case Verb::kRaw:
             return in({"--hex"});
         case Verb::kListen:
-            return in({"--log", "--title", "--ready-event", "--script"});
+            return in({"--log", "--title", "--ready-event", "--script", "--settings"});
         default:
             return false;
     }
@@ -344,6 +344,8 @@ bool ParseCommand(const std::vector<std::string>& args, Command& out, std::strin
             c.ready_event = value;
         } else if (option == "--script") {
             c.path = value;
+        } else if (option == "--settings") {
+            c.settings = value;
         }
         if (!ok)
             return false;

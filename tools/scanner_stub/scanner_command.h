@@ -42,6 +42,8 @@ struct Command {
     std::string log;
     std::string title = kScannerWindowTitle;
     std::string ready_event;
+    // listen: the user's settings file the statistics counters go to.
+    std::string settings;
 };
 
 struct Globals {

@@ -11,6 +11,7 @@
 #include "tools/scanner_stub/scanner_io.h"
 
 #include <cstdio>
+#include <functional>
 #include <vector>
 
 using namespace velk::tools::scanner;
@@ -58,6 +59,9 @@ public:
         return kDone;
     }
 
+    // Called after each request that was sent.
+    void OnSent(std::function<void(const Command&)> sent) { on_sent_ = std::move(sent); }
+
     void Summary() {
         if (times_.empty())
             return;
@@ -83,6 +87,8 @@ private:
             int status = Send(payload, from);
             if (status != kDone)
                 return status;
+            if (on_sent_)
+                on_sent_(c);
         }
         return kDone;
     }
@@ -141,6 +147,7 @@ private:
     Report& report_;
     HWND target_ = nullptr;
     std::vector<double> times_;
+    std::function<void(const Command&)> on_sent_;
 };
 
 bool LoadScript(const std::string& path, std::vector<Command>& commands, std::string& error) {
@@ -208,6 +215,7 @@ int Main() {
         status = sender.RunAll(commands, self);
         sender.Summary();
     });
+    sender.OnSent([&](const Command& c) { listener.CountRequest(c); });
     int listened = listener.Run();
     return listened != kDone ? listened : status;
 }
