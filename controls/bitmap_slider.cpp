@@ -17,6 +17,8 @@ constexpr COLORREF kThumbFill = RGB(240, 138, 36);
 constexpr COLORREF kThumbHot = RGB(248, 168, 80);
 constexpr COLORREF kThumbPressed = RGB(210, 105, 30);
 constexpr COLORREF kThumbRim = RGB(185, 80, 26);
+constexpr COLORREF kGrooveFill = RGB(232, 232, 232);
+constexpr COLORREF kGrooveRim = RGB(150, 150, 150);
 
 struct BitmapSize {
     int frame_width = 0;
@@ -43,6 +45,11 @@ HFONT FontOf(HWND hwnd) {
 
 RECT ToRect(const SliderRect& r) {
     return RECT{r.left, r.top, r.right, r.bottom};
+}
+
+void Fill(HDC dc, const RECT& r, COLORREF colour) {
+    win32::unique_hbrush brush(::CreateSolidBrush(colour));
+    ::FillRect(dc, &r, brush.get());
 }
 
 }  // namespace
@@ -114,7 +121,7 @@ void BitmapSlider::SetPosition(int position) {
     MoveTo(position, false, 0);
 }
 
-SliderGeometry BitmapSlider::Geometry() const {
+SliderGeometry BitmapSlider::geometry() const {
     RECT client{};
     if (attached())
         ::GetClientRect(hwnd(), &client);
@@ -147,7 +154,7 @@ void BitmapSlider::Notify(int code) {
     HWND parent = attached() ? ::GetParent(hwnd()) : nullptr;
     if (parent == nullptr)
         return;
-    const UINT msg = Geometry().vertical() ? WM_VSCROLL : WM_HSCROLL;
+    const UINT msg = geometry().vertical() ? WM_VSCROLL : WM_HSCROLL;
     const WORD at = (code == TB_THUMBTRACK || code == TB_THUMBPOSITION)
                         ? static_cast<WORD>(position_)
                         : 0;
@@ -187,7 +194,7 @@ bool BitmapSlider::OnKeyDown(WPARAM key) {
         default:
             return false;
     }
-    const int next = Geometry().Step(position_, step);
+    const int next = geometry().Step(position_, step);
     // Like a trackbar: a key that cannot move the thumb says nothing.
     if (next != position_)
         MoveTo(next, true, code);
@@ -195,7 +202,7 @@ bool BitmapSlider::OnKeyDown(WPARAM key) {
 }
 
 void BitmapSlider::OnMouse(UINT msg, int x, int y) {
-    const SliderGeometry g = Geometry();
+    const SliderGeometry g = geometry();
     switch (msg) {
         case WM_LBUTTONDOWN:
             if (::GetFocus() != hwnd())
@@ -354,15 +361,18 @@ void BitmapSlider::Paint(HDC dc, const RECT& client) {
                        reinterpret_cast<LPARAM>(hwnd())));
     ::FillRect(dc, &client, brush != nullptr ? brush : ::GetSysColorBrush(COLOR_BTNFACE));
 
-    const SliderGeometry g = Geometry();
+    const SliderGeometry g = geometry();
     const bool enabled = ::IsWindowEnabled(hwnd()) != FALSE;
 
+    // The groove: a light channel with a grey rim. The stops carry tick
+    // marks unless their names stand beside them.
     RECT track = ToRect(g.Track());
-    ::FillRect(dc, &track, ::GetSysColorBrush(enabled ? COLOR_WINDOW : COLOR_BTNFACE));
-    ::DrawEdge(dc, &track, EDGE_SUNKEN, BF_RECT);
-    for (int stop = 0; stop < kStops; ++stop) {
-        RECT tick = ToRect(g.Tick(stop));
-        ::FillRect(dc, &tick, ::GetSysColorBrush(COLOR_BTNSHADOW));
+    Fill(dc, track, enabled ? kGrooveRim : ::GetSysColor(COLOR_GRAYTEXT));
+    ::InflateRect(&track, -1, -1);
+    Fill(dc, track, enabled ? kGrooveFill : ::GetSysColor(COLOR_BTNFACE));
+    if (!draw_names_) {
+        for (int stop = 0; stop < kStops; ++stop)
+            Fill(dc, ToRect(g.Tick(stop)), kGrooveRim);
     }
 
     if (draw_names_) {
@@ -450,7 +460,7 @@ void BitmapSlider::CreateTooltips() {
         return;
     // The texts are sentences: wrap them rather than run off the screen.
     ::SendMessageW(tooltip_.get(), TTM_SETMAXTIPWIDTH, 0, 320);
-    const SliderGeometry g = Geometry();
+    const SliderGeometry g = geometry();
     for (int stop = 0; stop < kStops; ++stop) {
         TTTOOLINFOW tool{};
         tool.cbSize = sizeof(tool);
@@ -466,7 +476,7 @@ void BitmapSlider::CreateTooltips() {
 void BitmapSlider::PlaceTooltips() {
     if (!tooltip_)
         return;
-    const SliderGeometry g = Geometry();
+    const SliderGeometry g = geometry();
     for (int stop = 0; stop < kStops; ++stop) {
         TTTOOLINFOW tool{};
         tool.cbSize = sizeof(tool);

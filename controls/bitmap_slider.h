@@ -53,6 +53,8 @@ public:
     void SetBitmap(HBITMAP thumbs);
 
     int position() const noexcept { return position_; }
+    // Where the stops are, in the control's client coordinates as it is now.
+    SliderGeometry geometry() const;
     // Moves the thumb without telling the parent (TBM_SETPOS does the same).
     void SetPosition(int position);
 
@@ -62,7 +64,6 @@ protected:
 private:
     enum class Frame { kNormal = 0, kHot = 1, kPressed = 2, kDisabled = 3 };
 
-    SliderGeometry Geometry() const;
     void Paint(HDC dc, const RECT& client);
     void DrawThumb(HDC dc, const SliderRect& at, Frame frame);
     void MoveTo(int position, bool notify, int code);

@@ -5,9 +5,10 @@
 namespace velk::controls {
 namespace {
 
-constexpr int kGroove = 4;       // thickness of the track's groove
+constexpr int kGroove = 6;       // thickness of the track's groove
 constexpr int kTickLength = 4;   // tick marks beside the groove
-constexpr int kLabelGap = 4;     // between the thumb and the stop names
+constexpr int kLabelGap = 6;     // between the thumb and the stop names
+constexpr int kMinLabelHalf = 8;  // half a line of text at least
 // Far beyond any screen; keeps the arithmetic below clear of overflow.
 constexpr int kMaxExtent = 1 << 20;
 
@@ -79,10 +80,11 @@ SliderRect SliderGeometry::Label(int stop) const {
     const int breadth = vertical_ ? width_ : height_;
     const int from = std::min(track_centre_ + thumb_across_ - thumb_across_ / 2 + kLabelGap,
                               breadth);
-    const SliderRect zone = Zone(stop);
-    if (vertical_)
-        return SliderRect{from, zone.top, breadth, zone.bottom};
-    return SliderRect{zone.left, from, zone.right, breadth};
+    // Centred on the stop, so the name sits level with the thumb standing
+    // there; as tall as the room between two stops.
+    const int centre = StopCentre(stop);
+    const int half = std::max((StopCentre(1) - StopCentre(0)) / 2, kMinLabelHalf);
+    return Oriented(centre - half, centre + half, from, breadth);
 }
 
 SliderRect SliderGeometry::Tick(int stop) const {

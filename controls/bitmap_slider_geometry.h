@@ -48,8 +48,9 @@ public:
     // The part of the control that belongs to `stop`: halfway to each
     // neighbour, the whole breadth. The zones tile the control exactly.
     SliderRect Zone(int stop) const;
-    // Where the name of `stop` is written, beside the track; empty without
-    // a label width.
+    // Where the name of `stop` is written, beside the track and centred on
+    // the stop (it may reach past the ends of the control, where drawing
+    // is clipped); empty without a label width.
     SliderRect Label(int stop) const;
     // A tick mark beside the track at `stop`.
     SliderRect Tick(int stop) const;

@@ -29,10 +29,14 @@ TEST(SliderGeometry, StopsAreEvenlySpreadAndTheThumbStaysInsideInBothOrientation
         EXPECT_EQ(g->StopCentre(0), g->StopCentre(-5));
         EXPECT_EQ(g->StopCentre(2), g->StopCentre(9));
     }
-    // The names go right of a vertical track, clear of the thumb.
+    // The names go right of a vertical track, clear of the thumb and level
+    // with their stops.
     for (int stop = 0; stop < 3; ++stop) {
-        EXPECT_GE(vertical.Label(stop).left, vertical.Thumb(stop).right);
-        EXPECT_EQ(60, vertical.Label(stop).right);
+        const SliderRect label = vertical.Label(stop);
+        EXPECT_GE(label.left, vertical.Thumb(stop).right);
+        EXPECT_EQ(60, label.right);
+        EXPECT_EQ(vertical.StopCentre(stop), (label.top + label.bottom) / 2);
+        EXPECT_GE(label.height(), 16);
     }
     EXPECT_EQ(0, horizontal.Label(1).width());  // asked for none
 }
