@@ -33,7 +33,7 @@ INT_PTR CCategoryLevel::Run(HWND owner) {
 void CCategoryLevel::OnInitDialog() {
     win32::ApplyTexts(hwnd(), m_ui, kTexts);
     for (int i = 0; i < kCategoryCount; ++i) {
-        const std::wstring name = m_ui.Text(kCategoryKeys[i]);
+        const std::wstring name = SheetText(m_ui, kCategoryKeys[i]);
         if (!name.empty())
             ::SetDlgItemTextW(hwnd(), IDC_CATEGORY_LABEL_FIRST + i, name.c_str());
         SetUpLevelSlider(m_sliders[i], hwnd(), IDC_CATEGORY_SLIDER_FIRST + i, m_ui, m_thumbs,

@@ -51,7 +51,7 @@ void CCustomLevel::OnInitDialog() {
     win32::ApplyTexts(hwnd(), m_ui, kTexts);
     m_levelFont.reset(win32::CreateDialogFont(hwnd(), L"", 0, FW_BOLD));
     for (int i = 0; i < kCategoryCount; ++i) {
-        const std::wstring name = m_ui.Text(CategoryTextKey(static_cast<Category>(i)));
+        const std::wstring name = SheetText(m_ui, CategoryTextKey(static_cast<Category>(i)));
         if (!name.empty())
             ::SetDlgItemTextW(hwnd(), IDC_CUSTOM_NAME_FIRST + i, WithoutMnemonic(name).c_str());
         if (m_levelFont) {

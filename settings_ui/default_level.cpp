@@ -71,7 +71,7 @@ void CDefaultLevel::ShowLevel() {
     m_nShownStop = m_slider.position();
     ::SetDlgItemTextW(hwnd(), IDC_DEFAULT_LEVEL_TITLE, LevelNames(m_ui)[m_nShownStop].c_str());
     ::SetDlgItemTextW(hwnd(), IDC_DEFAULT_LEVEL_DESC,
-                      m_ui.Text(kDescriptions[m_nShownStop]).c_str());
+                      SheetText(m_ui, kDescriptions[m_nShownStop]).c_str());
 }
 
 bool CDefaultLevel::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {

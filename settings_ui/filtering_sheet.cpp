@@ -9,6 +9,7 @@
 #include "common_src/win32/window_class.h"
 #include "host/window_identifiers.h"
 #include "log/diag_log.h"
+#include "settings_ui/sheet_common.h"
 #include "senders/sender_list_wide.h"
 #include "settings_ui/sheet_pages.h"
 
@@ -112,7 +113,7 @@ void CFilteringSheet::SetUpPages() {
 }
 
 INT_PTR CFilteringSheet::DoModal() {
-    return PropertySheet::DoModal(m_ui.owner, m_ui.Text(L"IDS_STRING_FILTERING_SHEET"),
+    return PropertySheet::DoModal(m_ui.owner, SheetText(m_ui, L"IDS_STRING_FILTERING_SHEET"),
                                   PSH_NOAPPLYNOW | PSH_HASHELP, m_ui.resources);
 }
 

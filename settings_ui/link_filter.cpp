@@ -9,7 +9,7 @@ namespace velk::settings_ui {
 CLinkFilter::CLinkFilter(const win32::UiContext& ui)
     : PropertyPage(ui.resources, IDD_LINK_FILTER_PAGE),
       m_ui(ui),
-      m_strTitle(ui.Text(L"IDS_SHEET_TAB_LINK_FILTER")),
+      m_strTitle(SheetText(ui, L"IDS_SHEET_TAB_LINK_FILTER")),
       m_pPanel(std::make_unique<CLinkFilterPanel>(ui)) {
     if (!m_strTitle.empty()) {
         description().dwFlags |= PSP_USETITLE;

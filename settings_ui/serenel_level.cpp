@@ -40,7 +40,7 @@ void CSerenelLevel::OnInitDialog() {
 void CSerenelLevel::ShowLevel() {
     const int stop = m_slider.position();
     ::SetDlgItemTextW(hwnd(), IDC_SERENEL_LEVEL_TITLE, LevelNames(m_ui)[stop].c_str());
-    ::SetDlgItemTextW(hwnd(), IDC_SERENEL_LEVEL_DESC, m_ui.Text(kDescriptions[stop]).c_str());
+    ::SetDlgItemTextW(hwnd(), IDC_SERENEL_LEVEL_DESC, SheetText(m_ui, kDescriptions[stop]).c_str());
 }
 
 // The level means nothing while Serenel is off: it stays visible, greyed.

@@ -5,14 +5,22 @@
 
 namespace velk::settings_ui {
 
+std::wstring SheetText(const win32::UiContext& ui, const wchar_t* key) {
+    std::wstring text = ui.RawText(key);
+    if (text.find(L"<$") != std::wstring::npos)
+        text = win32::ReplacePlaceholders(text, ui.placeholders());
+    return text;
+}
+
 std::array<std::wstring, controls::BitmapSlider::kStops> LevelNames(const win32::UiContext& ui) {
-    return {ui.Text(L"IDS_LEVEL_HIGH"), ui.Text(L"IDS_LEVEL_MEDIUM"), ui.Text(L"IDS_LEVEL_LOW")};
+    return {SheetText(ui, L"IDS_LEVEL_HIGH"), SheetText(ui, L"IDS_LEVEL_MEDIUM"),
+            SheetText(ui, L"IDS_LEVEL_LOW")};
 }
 
 std::array<std::wstring, controls::BitmapSlider::kStops> LevelTooltips(
     const win32::UiContext& ui) {
-    return {ui.Text(L"IDS_TOOLTIP_LEVELHIGH"), ui.Text(L"IDS_TOOLTIP_LEVELMEDIUM"),
-            ui.Text(L"IDS_TOOLTIP_LEVELLOW")};
+    return {SheetText(ui, L"IDS_TOOLTIP_LEVELHIGH"), SheetText(ui, L"IDS_TOOLTIP_LEVELMEDIUM"),
+            SheetText(ui, L"IDS_TOOLTIP_LEVELLOW")};
 }
 
 win32::unique_hbitmap LoadLevelThumbs(const win32::UiContext& ui) {

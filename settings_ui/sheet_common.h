@@ -14,6 +14,12 @@
 
 namespace velk::settings_ui {
 
+// The localised text of `key`, its placeholders replaced. Cheaper than
+// UiContext::Text for the many texts without a placeholder: the values are
+// looked up (three reads of the installation file) only for a text that
+// holds one.
+std::wstring SheetText(const win32::UiContext& ui, const wchar_t* key);
+
 // The level names and tooltips of the three stops, top stop (level 3, High)
 // first.
 std::array<std::wstring, controls::BitmapSlider::kStops> LevelNames(const win32::UiContext& ui);

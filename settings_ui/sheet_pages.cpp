@@ -3,6 +3,7 @@
 #include <string>
 
 #include "settings_ui/link_filter.h"
+#include "settings_ui/sheet_common.h"
 #include "settings_ui/sheet_ids.h"
 #include "settings_ui/spam_detection_page.h"
 
@@ -14,7 +15,7 @@ namespace {
 class EmptyPage : public win32::PropertyPage {
 public:
     EmptyPage(const win32::UiContext& ui, const wchar_t* title_key)
-        : PropertyPage(ui.resources, IDD_EMPTY_PAGE), m_strTitle(ui.Text(title_key)) {
+        : PropertyPage(ui.resources, IDD_EMPTY_PAGE), m_strTitle(SheetText(ui, title_key)) {
         description().dwFlags |= PSP_USETITLE;
         description().pszTitle = m_strTitle.c_str();
     }

@@ -20,7 +20,7 @@ bool Shows(const win32::Dialog& panel) {
 CSpamDetectionPage::CSpamDetectionPage(const win32::UiContext& ui)
     : PropertyPage(ui.resources, IDD_SPAM_DETECTION_PAGE),
       m_ui(ui),
-      m_strTitle(ui.Text(L"IDS_SHEET_TAB_DETECTION")),
+      m_strTitle(SheetText(ui, L"IDS_SHEET_TAB_DETECTION")),
       m_pDefaultLevel(std::make_unique<CDefaultLevel>(ui, static_cast<LevelPanelListener&>(*this))),
       m_pCustomLevel(std::make_unique<CCustomLevel>(ui, static_cast<LevelPanelListener&>(*this))),
       m_categoryLevel(ui),
