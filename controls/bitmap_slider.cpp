@@ -52,6 +52,28 @@ void Fill(HDC dc, const RECT& r, COLORREF colour) {
     ::FillRect(dc, &r, brush.get());
 }
 
+// The trackbar's keys: arrows a stop at a time, Page Up/Down a page (one
+// stop here), Home and End to either end.
+struct KeyStep {
+    WPARAM key;
+    SliderStep step;
+    int code;
+};
+constexpr KeyStep kKeySteps[] = {
+    {VK_UP, SliderStep::kLineUp, TB_LINEUP},       {VK_LEFT, SliderStep::kLineUp, TB_LINEUP},
+    {VK_DOWN, SliderStep::kLineDown, TB_LINEDOWN}, {VK_RIGHT, SliderStep::kLineDown, TB_LINEDOWN},
+    {VK_PRIOR, SliderStep::kPageUp, TB_PAGEUP},    {VK_NEXT, SliderStep::kPageDown, TB_PAGEDOWN},
+    {VK_HOME, SliderStep::kTop, TB_TOP},           {VK_END, SliderStep::kBottom, TB_BOTTOM},
+};
+
+const KeyStep* StepOfKey(WPARAM key) {
+    for (const KeyStep& step : kKeySteps) {
+        if (step.key == key)
+            return &step;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 win32::unique_hbitmap LoadSliderBitmap(HINSTANCE resources, int bitmap_id,
@@ -155,49 +177,19 @@ void BitmapSlider::Notify(int code) {
     if (parent == nullptr)
         return;
     const UINT msg = geometry().vertical() ? WM_VSCROLL : WM_HSCROLL;
-    const WORD at = (code == TB_THUMBTRACK || code == TB_THUMBPOSITION)
-                        ? static_cast<WORD>(position_)
-                        : 0;
+    const WORD at =
+        (code == TB_THUMBTRACK || code == TB_THUMBPOSITION) ? static_cast<WORD>(position_) : 0;
     ::SendMessageW(parent, msg, MAKEWPARAM(code, at), reinterpret_cast<LPARAM>(hwnd()));
 }
 
 bool BitmapSlider::OnKeyDown(WPARAM key) {
-    SliderStep step;
-    int code;
-    switch (key) {
-        case VK_UP:
-        case VK_LEFT:
-            step = SliderStep::kLineUp;
-            code = TB_LINEUP;
-            break;
-        case VK_DOWN:
-        case VK_RIGHT:
-            step = SliderStep::kLineDown;
-            code = TB_LINEDOWN;
-            break;
-        case VK_PRIOR:
-            step = SliderStep::kPageUp;
-            code = TB_PAGEUP;
-            break;
-        case VK_NEXT:
-            step = SliderStep::kPageDown;
-            code = TB_PAGEDOWN;
-            break;
-        case VK_HOME:
-            step = SliderStep::kTop;
-            code = TB_TOP;
-            break;
-        case VK_END:
-            step = SliderStep::kBottom;
-            code = TB_BOTTOM;
-            break;
-        default:
-            return false;
-    }
-    const int next = geometry().Step(position_, step);
+    const KeyStep* step = StepOfKey(key);
+    if (step == nullptr)
+        return false;
+    const int next = geometry().Step(position_, step->step);
     // Like a trackbar: a key that cannot move the thumb says nothing.
     if (next != position_)
-        MoveTo(next, true, code);
+        MoveTo(next, true, step->code);
     return true;
 }
 
@@ -281,15 +273,11 @@ bool BitmapSlider::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& resul
             result = 0;
             return OnKeyDown(wp);
         case WM_KEYUP:
-            switch (wp) {
-                case VK_UP: case VK_LEFT: case VK_DOWN: case VK_RIGHT:
-                case VK_PRIOR: case VK_NEXT: case VK_HOME: case VK_END:
-                    Notify(TB_ENDTRACK);
-                    result = 0;
-                    return true;
-                default:
-                    return false;
-            }
+            if (StepOfKey(wp) == nullptr)
+                return false;
+            Notify(TB_ENDTRACK);  // a trackbar ends each key's move on its release
+            result = 0;
+            return true;
         case WM_LBUTTONDOWN:
         case WM_LBUTTONUP:
         case WM_MOUSEMOVE:
@@ -356,9 +344,8 @@ void BitmapSlider::Paint(HDC dc, const RECT& client) {
     // The background and text colour the dialog gives its statics, so the
     // slider sits on a white page as on a grey one.
     HWND parent = ::GetParent(hwnd());
-    auto brush = reinterpret_cast<HBRUSH>(
-        ::SendMessageW(parent, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc),
-                       reinterpret_cast<LPARAM>(hwnd())));
+    auto brush = reinterpret_cast<HBRUSH>(::SendMessageW(
+        parent, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc), reinterpret_cast<LPARAM>(hwnd())));
     ::FillRect(dc, &client, brush != nullptr ? brush : ::GetSysColorBrush(COLOR_BTNFACE));
 
     const SliderGeometry g = geometry();

@@ -5,17 +5,17 @@
 namespace velk::controls {
 namespace {
 
-constexpr int kGroove = 6;       // thickness of the track's groove
-constexpr int kTickLength = 4;   // tick marks beside the groove
-constexpr int kLabelGap = 6;     // between the thumb and the stop names
+constexpr int kGroove = 6;        // thickness of the track's groove
+constexpr int kTickLength = 4;    // tick marks beside the groove
+constexpr int kLabelGap = 6;      // between the thumb and the stop names
 constexpr int kMinLabelHalf = 8;  // half a line of text at least
 // Far beyond any screen; keeps the arithmetic below clear of overflow.
 constexpr int kMaxExtent = 1 << 20;
 
 }  // namespace
 
-SliderGeometry::SliderGeometry(int width, int height, int stops, int thumb_width,
-                               int thumb_height, int label_width)
+SliderGeometry::SliderGeometry(int width, int height, int stops, int thumb_width, int thumb_height,
+                               int label_width)
     : width_(std::clamp(width, 0, kMaxExtent)),
       height_(std::clamp(height, 0, kMaxExtent)),
       vertical_(height > width),
@@ -78,8 +78,8 @@ SliderRect SliderGeometry::Label(int stop) const {
     if (label_width_ == 0)
         return SliderRect{};
     const int breadth = vertical_ ? width_ : height_;
-    const int from = std::min(track_centre_ + thumb_across_ - thumb_across_ / 2 + kLabelGap,
-                              breadth);
+    const int from =
+        std::min(track_centre_ + thumb_across_ - thumb_across_ / 2 + kLabelGap, breadth);
     // Centred on the stop, so the name sits level with the thumb standing
     // there; as tall as the room between two stops.
     const int centre = StopCentre(stop);

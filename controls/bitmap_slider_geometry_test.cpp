@@ -75,8 +75,11 @@ TEST(SliderGeometry, KeysMoveOneStopAndStopAtTheEnds) {
 TEST(SliderGeometry, DegenerateSizesStayWithinTheControl) {
     struct Case {
         int w, h, stops, tw, th, labels;
-    } cases[] = {{0, 0, 3, 15, 15, 0},        {10, 12, 3, 15, 15, 30}, {-5, -5, 0, -1, -1, -9},
-                 {5000000, 40, 3, 15, 15, 0}, {40, 1, 1, 100, 100, 0}};
+    } cases[] = {{0, 0, 3, 15, 15, 0},
+                 {10, 12, 3, 15, 15, 30},
+                 {-5, -5, 0, -1, -1, -9},
+                 {5000000, 40, 3, 15, 15, 0},
+                 {40, 1, 1, 100, 100, 0}};
     for (const Case& c : cases) {
         const SliderGeometry g(c.w, c.h, c.stops, c.tw, c.th, c.labels);
         EXPECT_GE(g.stops(), 2);

@@ -85,9 +85,9 @@ protected:
     void Open(short cx, short cy) {
         g_notices = &notices_;
         words_ = DialogTemplate(cx, cy);
-        dialog_ = ::CreateDialogIndirectParamW(
-            ::GetModuleHandleW(nullptr), reinterpret_cast<const DLGTEMPLATE*>(words_.data()),
-            nullptr, &RecordingProc, 0);
+        dialog_ = ::CreateDialogIndirectParamW(::GetModuleHandleW(nullptr),
+                                               reinterpret_cast<const DLGTEMPLATE*>(words_.data()),
+                                               nullptr, &RecordingProc, 0);
         ASSERT_NE(nullptr, dialog_);
         slider_.SetStops({L"High", L"Medium", L"Low"}, {L"tip high", L"tip medium", L"tip low"},
                          true);
@@ -148,9 +148,9 @@ TEST_F(SliderInDialog, KeysMoveItLikeAVerticalTrackbarAndItsTextNamesTheStop) {
     EXPECT_EQ(0, Pos());
     EXPECT_EQ(control_, ::GetFocus()) << "the arrows stay with the slider";
 
-    const std::vector<std::pair<int, int>> expected = {
-        {TB_LINEDOWN, 0}, {TB_ENDTRACK, 0}, {TB_TOP, 0}, {TB_BOTTOM, 0}, {TB_PAGEUP, 0},
-        {TB_LINEUP, 0}};
+    const std::vector<std::pair<int, int>> expected = {{TB_LINEDOWN, 0}, {TB_ENDTRACK, 0},
+                                                       {TB_TOP, 0},      {TB_BOTTOM, 0},
+                                                       {TB_PAGEUP, 0},   {TB_LINEUP, 0}};
     ASSERT_EQ(expected.size(), notices_.size());
     for (size_t i = 0; i < expected.size(); ++i) {
         EXPECT_EQ(static_cast<UINT>(WM_VSCROLL), notices_[i].msg);
@@ -192,38 +192,21 @@ TEST_F(SliderInDialog, MouseDragsBetweenStopsAndReportsTheDropLikeATrackbar) {
     EXPECT_EQ(1, notices_[1].pos);
 }
 
-// A 24-bit bitmap file of four 10x10 frames in the given colours, each with
-// a magenta top-left pixel.
-std::wstring WriteThumbStrip(const wchar_t* name, const COLORREF (&frames)[4]) {
-    wchar_t dir[MAX_PATH];
-    ::GetTempPathW(MAX_PATH, dir);
-    const std::wstring path = std::wstring(dir) + name;
-    const int w = 40, h = 10, stride = w * 3;
-    BITMAPFILEHEADER file{};
-    BITMAPINFOHEADER info{};
-    file.bfType = 0x4D42;
-    file.bfOffBits = sizeof(file) + sizeof(info);
-    file.bfSize = file.bfOffBits + stride * h;
-    info.biSize = sizeof(info);
-    info.biWidth = w;
-    info.biHeight = h;
-    info.biPlanes = 1;
-    info.biBitCount = 24;
-    std::vector<BYTE> pixels(stride * h);
-    for (int y = 0; y < h; ++y) {
-        for (int x = 0; x < w; ++x) {
-            COLORREF c = (x % 10 == 0 && y == 0) ? RGB(255, 0, 255) : frames[x / 10];
-            BYTE* p = &pixels[(h - 1 - y) * stride + x * 3];  // bottom-up rows
-            p[0] = GetBValue(c);
-            p[1] = GetGValue(c);
-            p[2] = GetRValue(c);
+// Four 10x10 frames in the given colours, each with a magenta top-left pixel.
+win32::unique_hbitmap ThumbStrip(const COLORREF (&frames)[4]) {
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), 40, -10, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    win32::unique_hbitmap strip(
+        ::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    auto* px = static_cast<DWORD*>(bits);
+    for (int y = 0; y < 10; ++y) {
+        for (int x = 0; x < 40; ++x) {
+            const COLORREF c = (x % 10 == 0 && y == 0) ? RGB(255, 0, 255) : frames[x / 10];
+            px[y * 40 + x] = (GetRValue(c) << 16) | (GetGValue(c) << 8) | GetBValue(c);
         }
     }
-    std::ofstream out(path.c_str(), std::ios::binary);
-    out.write(reinterpret_cast<const char*>(&file), sizeof(file));
-    out.write(reinterpret_cast<const char*>(&info), sizeof(info));
-    out.write(reinterpret_cast<const char*>(pixels.data()), pixels.size());
-    return path;
+    return strip;
 }
 
 COLORREF ThumbCentre(HWND control, int x, int y) {
@@ -242,35 +225,28 @@ COLORREF ThumbCentre(HWND control, int x, int y) {
     return c;
 }
 
-TEST_F(SliderInDialog, DrawsTheInstallationsThumbFramesAndFallsBackFromABrokenFile) {
-    const COLORREF frames[4] = {RGB(0, 0, 200), RGB(0, 200, 0), RGB(200, 0, 0),
-                                RGB(128, 128, 128)};
-    const std::wstring good = WriteThumbStrip(L"velk_slider_thumbs.bmp", frames);
+TEST_F(SliderInDialog, DrawsTheStateFrameOfItsThumbsAndSurvivesABrokenFile) {
+    // No product bitmap here (no language module): a broken or missing file
+    // leaves the slider to draw its own thumb rather than failing.
     wchar_t dir[MAX_PATH];
     ::GetTempPathW(MAX_PATH, dir);
     const std::wstring broken = std::wstring(dir) + L"velk_slider_broken.bmp";
     std::ofstream(broken.c_str(), std::ios::binary) << "not a bitmap";
-
-    // No product bitmap here (no language module): a broken or missing file
-    // leaves the slider to draw its own thumb rather than failing.
     EXPECT_FALSE(LoadSliderBitmap(nullptr, 1, broken));
     EXPECT_FALSE(LoadSliderBitmap(nullptr, 1, std::wstring(dir) + L"velk_no_such.bmp"));
-    win32::unique_hbitmap thumbs = LoadSliderBitmap(nullptr, 1, good);
-    ASSERT_TRUE(thumbs);
+    ::DeleteFileW(broken.c_str());
 
+    const COLORREF frames[4] = {RGB(0, 0, 200), RGB(0, 200, 0), RGB(200, 0, 0), RGB(128, 128, 128)};
+    win32::unique_hbitmap thumbs = ThumbStrip(frames);
     Open(40, 90);
     slider_.SetBitmap(thumbs.get());
     ::SendMessageW(control_, TBM_SETPOS, TRUE, 0);
-    const SliderGeometry g(client_.right, client_.bottom, 3, 10, 10, client_.right - 16);
-    const SliderRect at = g.Thumb(0);
+    const SliderRect at = slider_.geometry().Thumb(0);
     const int cx = (at.left + at.right) / 2, cy = (at.top + at.bottom) / 2;
     EXPECT_EQ(frames[0], ThumbCentre(control_, cx, cy));
     EXPECT_NE(RGB(255, 0, 255), ThumbCentre(control_, at.left, at.top)) << "the key is see-through";
     ::EnableWindow(control_, FALSE);
     EXPECT_EQ(frames[3], ThumbCentre(control_, cx, cy));
-
-    ::DeleteFileW(good.c_str());
-    ::DeleteFileW(broken.c_str());
 }
 
 }  // namespace

@@ -44,8 +44,8 @@ bool TabStrip::TakeOver(HWND tab) {
 void TabStrip::TrackHot(int x, int y) {
     TCHITTESTINFO hit{};
     hit.pt = POINT{x, y};
-    const int item = static_cast<int>(
-        ::SendMessageW(hwnd(), TCM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+    const int item =
+        static_cast<int>(::SendMessageW(hwnd(), TCM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
     if (item != hot_) {
         hot_ = item;
         ::InvalidateRect(hwnd(), nullptr, FALSE);
@@ -112,7 +112,8 @@ void TabStrip::Paint(HDC dc, const RECT& client) {
     Fill(dc, body, colours_.selected);
     Frame(dc, body, colours_.border, true, true, true, true);
 
-    win32::select_object font(dc, reinterpret_cast<HFONT>(::SendMessageW(hwnd(), WM_GETFONT, 0, 0)));
+    win32::select_object font(dc,
+                              reinterpret_cast<HFONT>(::SendMessageW(hwnd(), WM_GETFONT, 0, 0)));
     ::SetBkMode(dc, TRANSPARENT);
     for (int i = 0; i < count; ++i) {
         if (i != selected)
@@ -135,7 +136,9 @@ void TabStrip::DrawItem(HDC dc, int index, bool selected) {
         if (r.top < client.top)
             r.top = client.top;
     }
-    const COLORREF fill = selected ? colours_.selected : index == hot_ ? colours_.hot : colours_.face;
+    const COLORREF fill = selected        ? colours_.selected
+                          : index == hot_ ? colours_.hot
+                                          : colours_.face;
     Fill(dc, r, fill);
     Frame(dc, r, colours_.border, true, true, true, false);
     if (selected)

@@ -60,7 +60,8 @@ settings::Key CategoryKey(Category category) {
 DetectionValues LoadDetection(settings::Profile& profile) {
     DetectionValues values;
     values.default_mode = IsDefaultMode(settings::ReadText(profile, Key::GlobalLevel));
-    values.protect_stop = StopOfLevel(ParseLevelText(settings::ReadText(profile, Key::ProtectLevel)));
+    values.protect_stop =
+        StopOfLevel(ParseLevelText(settings::ReadText(profile, Key::ProtectLevel)));
     for (int i = 0; i < kCategoryCount; ++i)
         values.category_stops[i] = StopOfLevel(settings::ReadInt(profile, kCategoryKeys[i]));
     values.in_the_cloud = settings::ReadTrimmed(profile, Key::EnableInTheCloud) != L"0";

@@ -39,9 +39,8 @@ settings::Key CategoryKey(Category category);
 struct DetectionValues {
     bool default_mode = true;
     int protect_stop = kMediumStop;
-    std::array<int, kCategoryCount> category_stops{kMediumStop, kMediumStop, kMediumStop,
-                                                   kMediumStop, kMediumStop, kMediumStop,
-                                                   kMediumStop};
+    std::array<int, kCategoryCount> category_stops{
+        kMediumStop, kMediumStop, kMediumStop, kMediumStop, kMediumStop, kMediumStop, kMediumStop};
     // Empty when no panel shows the check box: the key is then left alone.
     std::optional<bool> in_the_cloud = true;
 };

@@ -18,9 +18,7 @@ TEST(DetectionSettings, StoredValuesReadWithTheirFallbacks) {
     } cases[] = {
         {L"1", L" 3 ", true, 0},  // blanks around a level are trimmed
         {L"2", L"5", true, 1},    // only 0 means custom; an unknown level is 2
-        {L"", L"", true, 1},
-        {L" 0 ", L"1", false, 2},
-        {L"abc", L"3x", true, 1},
+        {L"", L"", true, 1},     {L" 0 ", L"1", false, 2}, {L"abc", L"3x", true, 1},
     };
     for (const Case& c : cases) {
         RecordingProfile profile;
@@ -59,11 +57,11 @@ TEST(DetectionSettings, SaveWritesEveryKeyInTheScanningProcesssOrder) {
     v.in_the_cloud = false;
     ASSERT_TRUE(SaveDetection(profile, v));
     const std::vector<std::wstring> expected = {
-        L"[General] GlobalLevel=0",     L"[General] ProtectLevel=2",
-        L"[General] SexualLevel=3",     L"[General] CommercialLevel=2",
-        L"[General] FinancialLevel=1",  L"[General] HealthLevel=3",
-        L"[General] OtherLevel=3",      L"[General] RacialLevel=2",
-        L"[General] SpiritualLevel=1",  L"[General] EnableInTheCloud=0",
+        L"[General] GlobalLevel=0",    L"[General] ProtectLevel=2",
+        L"[General] SexualLevel=3",    L"[General] CommercialLevel=2",
+        L"[General] FinancialLevel=1", L"[General] HealthLevel=3",
+        L"[General] OtherLevel=3",     L"[General] RacialLevel=2",
+        L"[General] SpiritualLevel=1", L"[General] EnableInTheCloud=0",
     };
     EXPECT_EQ(expected, profile.writes);
 

@@ -65,7 +65,8 @@ void ShowFilteringSheet(const win32::UiContext& ui) {
         CFilteringSheet sheet(ui);
         sheet.SetUpPages();
         if (sheet.DoModal() < 0)
-            VELK_LOG(L"@@@ Error : can't open the filtering settings sheet (%lu)", ::GetLastError());
+            VELK_LOG(L"@@@ Error : can't open the filtering settings sheet (%lu)",
+                     ::GetLastError());
     } catch (const std::exception& e) {
         VELK_LOG(L"@@@ Error : exception \"%hs\" in the filtering settings sheet", e.what());
     } catch (...) {
@@ -94,6 +95,8 @@ CFilteringSheet::CFilteringSheet(const win32::UiContext& ui)
 
 CFilteringSheet::~CFilteringSheet() {
     m_marker.Destroy();
+    // A class left registered would outlive the add-in's module.
+    win32::UnregisterWindowClass(kMarkerClass);
 }
 
 const wchar_t* CFilteringSheet::HelpId(int tab) noexcept {

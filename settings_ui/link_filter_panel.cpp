@@ -212,8 +212,7 @@ bool CLinkFilterPanel::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& r
     }
 }
 
-bool CLinkFilterPanel::DomainEdit::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp,
-                                                  LRESULT& result) {
+bool CLinkFilterPanel::DomainEdit::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
     const bool has_text = ::GetWindowTextLengthW(hwnd()) > 0;
     switch (msg) {
         case WM_GETDLGCODE: {
@@ -226,8 +225,9 @@ bool CLinkFilterPanel::DomainEdit::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp
         case WM_KEYDOWN:
             if (wp != VK_RETURN || !has_text)
                 return false;
-            ::SendMessageW(::GetParent(hwnd()), WM_COMMAND, MAKEWPARAM(IDC_LINK_ADD, BN_CLICKED),
-                           reinterpret_cast<LPARAM>(::GetDlgItem(::GetParent(hwnd()), IDC_LINK_ADD)));
+            ::SendMessageW(
+                ::GetParent(hwnd()), WM_COMMAND, MAKEWPARAM(IDC_LINK_ADD, BN_CLICKED),
+                reinterpret_cast<LPARAM>(::GetDlgItem(::GetParent(hwnd()), IDC_LINK_ADD)));
             result = 0;
             return true;
         case WM_CHAR:

@@ -24,8 +24,18 @@ TEST(LinkFilterSettings, DomainsAreKeptInOneFormAndNonDomainsRefused) {
         EXPECT_EQ(std::optional<std::wstring>(c.kept), NormalizeDomain(c.typed)) << c.typed;
 
     const wchar_t* refused[] = {
-        L"", L"   ", L"localhost", L"exa mple.com", L"example..com", L"-example.com",
-        L"example-.com", L"192.0.2.7", L"http://", L"*.", L"ex_ample.com", L"b\u00fccher.de",
+        L"",
+        L"   ",
+        L"localhost",
+        L"exa mple.com",
+        L"example..com",
+        L"-example.com",
+        L"example-.com",
+        L"192.0.2.7",
+        L"http://",
+        L"*.",
+        L"ex_ample.com",
+        L"b\u00fccher.de",
         L"a.bcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwxyzabcdefghijklmnop.com"};
     for (const wchar_t* text : refused)
         EXPECT_FALSE(NormalizeDomain(text).has_value()) << text;

@@ -46,8 +46,8 @@ void CSerenelLevel::ShowLevel() {
 // The level means nothing while Serenel is off: it stays visible, greyed.
 void CSerenelLevel::EnableLevel() {
     const BOOL on = IsChecked(hwnd(), IDC_SERENEL_ENABLE) ? TRUE : FALSE;
-    for (int id : {IDC_SERENEL_GROUP, IDC_SERENEL_SLIDER, IDC_SERENEL_LEVEL_TITLE,
-                   IDC_SERENEL_LEVEL_DESC}) {
+    for (int id :
+         {IDC_SERENEL_GROUP, IDC_SERENEL_SLIDER, IDC_SERENEL_LEVEL_TITLE, IDC_SERENEL_LEVEL_DESC}) {
         ::EnableWindow(::GetDlgItem(hwnd(), id), on);
     }
 }

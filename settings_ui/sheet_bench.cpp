@@ -63,8 +63,8 @@ void CALLBACK Watch(HWND, UINT, UINT_PTR, DWORD) {
 void FillList(velk::senders::SenderListKind kind, const std::wstring& folder, const wchar_t* who) {
     velk::senders::SenderList list(kind);
     for (int i = 0; i < kSenders; ++i) {
-        const std::wstring address =
-            std::wstring(who) + std::to_wstring(i) + L"@domain" + std::to_wstring(i % 97) + L".example";
+        const std::wstring address = std::wstring(who) + std::to_wstring(i) + L"@domain" +
+                                     std::to_wstring(i % 97) + L".example";
         velk::senders::AddSender(list, address.c_str(), (L"Sender " + std::to_wstring(i)).c_str());
     }
     velk::senders::SaveSenders(list, velk::senders::SenderListPathW(folder, kind));
@@ -99,10 +99,10 @@ int main() {
     FillList(velk::senders::SenderListKind::kBlocked, ui.where.user_dir, L"pest");
     g_caption = ui.Text(L"IDS_STRING_FILTERING_SHEET");
 
-    HHOOK sent = ::SetWindowsHookExW(WH_CALLWNDPROCRET, &AfterSent, nullptr,
-                                     ::GetCurrentThreadId());
-    HHOOK retrieved = ::SetWindowsHookExW(WH_GETMESSAGE, &OnRetrieved, nullptr,
-                                          ::GetCurrentThreadId());
+    HHOOK sent =
+        ::SetWindowsHookExW(WH_CALLWNDPROCRET, &AfterSent, nullptr, ::GetCurrentThreadId());
+    HHOOK retrieved =
+        ::SetWindowsHookExW(WH_GETMESSAGE, &OnRetrieved, nullptr, ::GetCurrentThreadId());
     const UINT_PTR timer = ::SetTimer(nullptr, 0, 10, &Watch);
     std::vector<double> open_us, ok_us;
     for (int run = 0; run < kRuns + 1; ++run) {  // the first run warms the caches

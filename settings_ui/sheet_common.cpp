@@ -17,8 +17,7 @@ std::array<std::wstring, controls::BitmapSlider::kStops> LevelNames(const win32:
             SheetText(ui, L"IDS_LEVEL_LOW")};
 }
 
-std::array<std::wstring, controls::BitmapSlider::kStops> LevelTooltips(
-    const win32::UiContext& ui) {
+std::array<std::wstring, controls::BitmapSlider::kStops> LevelTooltips(const win32::UiContext& ui) {
     return {SheetText(ui, L"IDS_TOOLTIP_LEVELHIGH"), SheetText(ui, L"IDS_TOOLTIP_LEVELMEDIUM"),
             SheetText(ui, L"IDS_TOOLTIP_LEVELLOW")};
 }

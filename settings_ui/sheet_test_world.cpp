@@ -152,15 +152,14 @@ SheetWorld::SheetWorld() : strings_(StagedLanguages()) {
     SECURITY_ATTRIBUTES sa{sizeof(sa), nullptr, TRUE};
     nul_.reset(::CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
                              FILE_SHARE_READ | FILE_SHARE_WRITE, &sa, OPEN_EXISTING, 0, nullptr));
-    std::wstring cmd = std::wstring(L"\"") + VELK_SCANNER_STUB_EXE + L"\" listen --log \"" +
-                       heard_ + L"\"";
+    std::wstring cmd =
+        std::wstring(L"\"") + VELK_SCANNER_STUB_EXE + L"\" listen --log \"" + heard_ + L"\"";
     STARTUPINFOW si{};
     si.cb = sizeof(si);
     si.dwFlags = STARTF_USESTDHANDLES;
     si.hStdInput = si.hStdOutput = si.hStdError = nul_.get();
     PROCESS_INFORMATION pi{};
-    if (::CreateProcessW(nullptr, &cmd[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &si,
-                         &pi)) {
+    if (::CreateProcessW(nullptr, &cmd[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &si, &pi)) {
         ::CloseHandle(pi.hThread);
         scanner_.reset(pi.hProcess);
     }
