@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Usage: scripts/draw-bitmaps.sh [OUTPUT_DIR]   (default: resources/bitmaps)
 #
-# Draws the toolbar bitmaps of the language resource module and writes them
+# Draws the toolbar and slider bitmaps of the language resource module and writes them
 # as 24-bit BMP3 files, ready to commit. The build only compiles the
 # committed files; it never needs ImageMagick. Rerun this after changing a
 # drawing below and commit the results (the output is byte-for-byte
@@ -184,5 +184,22 @@ H=18
     -antialias -font "$FONT" -pointsize 11.5 -fill '#FFFFFF' \
     -annotate +18+13 'NUVEXA' "$work/logo.png"
 to_bmp "$work/logo.png" "$out/logo.bmp" # 6002
+
+# The level slider's thumb: four 15x15 frames side by side (normal, hot,
+# pressed, disabled), a round knob in the logo's orange with a darker rim and
+# a small highlight. Drawn without anti-aliasing: the key must stay exact.
+knob() {  # fill rim highlight -> PNG on stdout path $4
+    "$CONVERT" -size 15x15 xc:'#FF00FF' +antialias \
+        -fill "$2" -stroke "$2" -draw "circle 7,7 7,0" \
+        -fill "$1" -stroke "$1" -draw "circle 7,7 7,1" \
+        -fill "$3" -stroke "$3" -draw "circle 5,5 5,3" "$4"
+}
+knob '#F08A24' '#B9501A' '#FBD3A8' "$work/knob_normal.png"
+knob '#F8A850' '#C8641E' '#FFE6C8' "$work/knob_hot.png"
+knob '#D2691E' '#97400F' '#EBA46A' "$work/knob_pressed.png"
+knob '#D4D0C8' '#8C8C8C' '#ECEAE6' "$work/knob_disabled.png"
+"$CONVERT" "$work/knob_normal.png" "$work/knob_hot.png" "$work/knob_pressed.png" \
+    "$work/knob_disabled.png" +append "$work/slider_thumbs.png"
+to_bmp "$work/slider_thumbs.png" "$out/slider_thumbs.bmp" # 6450
 
 echo "bitmaps written to $out"

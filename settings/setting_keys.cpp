@@ -100,6 +100,12 @@ constexpr SettingKey kKeys[] = {
     // No default is known for EnableQzufe; off is the safe reading.
     {Key::EnableQzufe, U, L"Qzufe", L"EnableQzufe", Int, L"0"},
     {Key::SecurityLevel, U, L"Qzufe", L"SecurityLevel", Decimal, L"2"},
+
+    // The link filter is on, with both warnings, until the user says otherwise.
+    {Key::EnableLinkFilter, U, L"LinkFilter", L"EnableLinkFilter", Flag, L"1"},
+    {Key::WarnMismatchedLinks, U, L"LinkFilter", L"WarnMismatchedLinks", Flag, L"1"},
+    {Key::FlagNumericLinks, U, L"LinkFilter", L"FlagNumericLinks", Flag, L"1"},
+    {Key::TrustedDomains, U, L"LinkFilter", L"TrustedDomains", Text, L""},
 };
 
 constexpr bool InKeyOrder() {

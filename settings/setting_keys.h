@@ -108,6 +108,12 @@ enum class Key {
     // [Qzufe], user file
     EnableQzufe,
     SecurityLevel,
+    // [LinkFilter], user file: the link filter page (ours; the scanning
+    // process reads it after message 1037)
+    EnableLinkFilter,
+    WarnMismatchedLinks,
+    FlagNumericLinks,
+    TrustedDomains,  // domains separated by ";", lower case, no "*."
 
     Count
 };

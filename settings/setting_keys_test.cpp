@@ -94,6 +94,10 @@ TEST(SettingKeys, EveryKeyKeepsItsFileSectionNameTypeAndDefault) {
         L"user [ReportPhish] Address text \"\"",
         L"user [Qzufe] EnableQzufe integer \"0\"",
         L"user [Qzufe] SecurityLevel decimal \"2\"",
+        L"user [LinkFilter] EnableLinkFilter flag \"1\"",
+        L"user [LinkFilter] WarnMismatchedLinks flag \"1\"",
+        L"user [LinkFilter] FlagNumericLinks flag \"1\"",
+        L"user [LinkFilter] TrustedDomains text \"\"",
     };
     ASSERT_EQ(expected.size(), kKeyCount);
     for (std::size_t i = 0; i < kKeyCount; ++i) {

@@ -1,0 +1,82 @@
+// What the sheet's Wine tests stand on: the staged language module and
+// string table, a private installation and user folder, the scanning
+// process's stand-in listening, and a script that drives a modal window
+// from a timer while its message loop runs.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "common_src/win32/QzResourceStringLoader.h"
+#include "common_src/win32/handles.h"
+#include "common_src/win32/ui_context.h"
+
+namespace velk::settings_ui::test {
+
+// Steps run one at a time from a thread timer while a modal loop runs: a
+// step returns true when done. A step that does not finish within 10 s ends
+// the run (every dialog of the thread destroyed) and fails it.
+class Script {
+public:
+    using Step = std::function<bool()>;
+
+    Script& Then(Step step);
+    Script& Do(std::function<void()> action);
+    Script& Wait(DWORD ms);
+
+    // Runs `modal` (which returns when the modal window closes) with the
+    // steps ticking. True when every step finished.
+    bool Run(const std::function<void()>& modal);
+
+private:
+    static void CALLBACK Tick(HWND, UINT, UINT_PTR, DWORD);
+    void OnTick();
+
+    std::vector<Step> steps_;
+    size_t next_ = 0;
+    DWORD step_started_ = 0;
+    bool busy_ = false;
+    bool timed_out_ = false;
+};
+
+// A top-level dialog of this thread by caption; null when none.
+HWND FindDialog(const std::wstring& caption);
+// The first window below `root` with control id `id`.
+HWND FindDescendant(HWND root, int id);
+
+class SheetWorld {
+public:
+    SheetWorld();
+    ~SheetWorld();
+
+    const win32::UiContext& ui() const { return ui_; }
+    win32::UiContext& ui() { return ui_; }
+    const std::wstring& user_ini() const { return ui_.where.user_ini; }
+
+    void WriteUserIni(const std::string& text) const;
+    std::string ReadUserIni() const;
+    std::wstring UserValue(const wchar_t* section, const wchar_t* key) const;
+
+    // The private messages the scanning-process stand-in received since the
+    // last call ("posted WM_USER+12 ..." lines).
+    std::vector<std::string> HeardSinceLastAsk();
+
+    // The caption of the sheet.
+    std::wstring SheetCaption() const { return ui_.Text(L"IDS_STRING_FILTERING_SHEET"); }
+
+private:
+    std::wstring root_;
+    std::wstring heard_;
+    QzResourceStringLoader strings_;
+    win32::unique_hmodule module_;
+    win32::UiContext ui_;
+    win32::unique_handle scanner_;
+    win32::unique_file nul_;
+    std::size_t heard_offset_ = 0;
+    unsigned fence_ = 0;
+};
+
+}  // namespace velk::settings_ui::test
