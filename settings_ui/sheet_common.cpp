@@ -52,24 +52,6 @@ bool PaintWhite(UINT msg, WPARAM wp, HBRUSH white, LRESULT& result) {
     }
 }
 
-std::wstring ItemText(HWND dialog, int id) {
-    HWND item = ::GetDlgItem(dialog, id);
-    const int length = item != nullptr ? ::GetWindowTextLengthW(item) : 0;
-    if (length <= 0)
-        return std::wstring();
-    std::wstring text(static_cast<std::size_t>(length) + 1, L'\0');
-    text.resize(static_cast<std::size_t>(::GetWindowTextW(item, &text[0], length + 1)));
-    return text;
-}
-
-bool IsChecked(HWND dialog, int id) {
-    return ::IsDlgButtonChecked(dialog, id) == BST_CHECKED;
-}
-
-void SetChecked(HWND dialog, int id, bool on) {
-    ::CheckDlgButton(dialog, id, on ? BST_CHECKED : BST_UNCHECKED);
-}
-
 std::wstring WithoutMnemonic(const std::wstring& text) {
     std::wstring plain;
     for (std::size_t i = 0; i < text.size(); ++i) {

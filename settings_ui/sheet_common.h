@@ -10,6 +10,7 @@
 
 #include "common_src/win32/handles.h"
 #include "common_src/win32/ui_context.h"
+#include "settings_ui/dialog_util.h"
 #include "controls/bitmap_slider.h"
 
 namespace velk::settings_ui {
@@ -38,13 +39,6 @@ bool SetUpLevelSlider(controls::BitmapSlider& slider, HWND dialog, int id,
 // Answers the WM_CTLCOLOR* messages of a white page or panel with `white`;
 // false for any other message.
 bool PaintWhite(UINT msg, WPARAM wp, HBRUSH white, LRESULT& result);
-
-// The window text of control `id` of `dialog`.
-std::wstring ItemText(HWND dialog, int id);
-
-// A check box's state, and setting it.
-bool IsChecked(HWND dialog, int id);
-void SetChecked(HWND dialog, int id, bool on);
 
 // `text` without its mnemonic marks ("&Adult" -> "Adult", "&&" -> "&").
 std::wstring WithoutMnemonic(const std::wstring& text);

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "settings_ui/advanced_page.h"
 #include "settings_ui/link_filter.h"
 #include "settings_ui/sheet_common.h"
 #include "settings_ui/sheet_ids.h"
@@ -37,7 +38,7 @@ std::vector<std::unique_ptr<win32::PropertyPage>> CreateSheetPages(const win32::
     pages.push_back(std::make_unique<EmptyPage>(ui, L"IDS_SHEET_TAB_APPROVED"));
     pages.push_back(std::make_unique<EmptyPage>(ui, L"IDS_SHEET_TAB_BLOCKED"));
     pages.push_back(std::make_unique<EmptyPage>(ui, L"IDS_SHEET_TAB_LANGUAGES"));
-    pages.push_back(std::make_unique<EmptyPage>(ui, L"IDS_SHEET_TAB_ADVANCED"));
+    pages.push_back(std::make_unique<CAdvancedPage>(ui));
     return pages;
 }
 
