@@ -172,9 +172,8 @@ bool VirtualListView::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& re
             result = 0;
             return true;
         case WM_ERASEBKGND:
-            // The rows paint every pixel of their own; erasing them first
-            // would only make them flicker.
-            EraseBelowRows(reinterpret_cast<HDC>(wp));
+            // The paint fills every pixel itself; erasing the screen first
+            // would only make the rows flicker.
             result = 1;
             return true;
         case WM_GETDLGCODE: {
@@ -241,7 +240,7 @@ void VirtualListView::Paint() {
     // is ever seen half drawn. The list view draws into a DC it is given.
     win32::BufferedPaint paint(hwnd());
     painting_ = paint.dc();
-    EraseBelowRows(painting_);
+    Fill(painting_, paint.client(), ::GetSysColor(COLOR_WINDOW));
     CallDefault(WM_PAINT, reinterpret_cast<WPARAM>(painting_), 0);
     painting_ = nullptr;
 }
@@ -336,31 +335,6 @@ void VirtualListView::DrawHeaderItem(const DRAWITEMSTRUCT& item) {
     ::SetBkMode(dc, TRANSPARENT);
     ::SetTextColor(dc, ::GetSysColor(COLOR_BTNTEXT));
     ::DrawTextW(dc, text, -1, &label, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
-}
-
-void VirtualListView::EraseBelowRows(HDC dc) {
-    RECT client{};
-    ::GetClientRect(hwnd(), &client);
-    RECT header{};
-    if (HWND h = ListView_GetHeader(hwnd()); h != nullptr && ::IsWindowVisible(h)) {
-        ::GetWindowRect(h, &header);
-        ::MapWindowPoints(nullptr, hwnd(), reinterpret_cast<POINT*>(&header), 2);
-    }
-    int rows_bottom = header.bottom;
-    int rows_right = client.right;
-    const int count = ListView_GetItemCount(hwnd());
-    if (count > 0) {
-        RECT last{};
-        if (ListView_GetItemRect(hwnd(), count - 1, &last, LVIR_BOUNDS)) {
-            rows_bottom = std::max<int>(rows_bottom, last.bottom);
-            rows_right = std::min<int>(rows_right, last.right);
-        }
-    }
-    const COLORREF window = ::GetSysColor(COLOR_WINDOW);
-    if (rows_bottom < client.bottom)
-        Fill(dc, RECT{client.left, rows_bottom, client.right, client.bottom}, window);
-    if (rows_right < client.right)
-        Fill(dc, RECT{rows_right, header.bottom, client.right, rows_bottom}, window);
 }
 
 }  // namespace velk::controls

@@ -66,7 +66,6 @@ private:
     bool OnNotify(const NMHDR& header, LRESULT& result);
     void DrawRow(const DRAWITEMSTRUCT& item);
     void DrawHeaderItem(const DRAWITEMSTRUCT& item);
-    void EraseBelowRows(HDC dc);
     void MarkSortedHeader();
     int FindRow(const std::wstring& text, int start, bool partial) const;
 

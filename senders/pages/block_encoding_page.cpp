@@ -84,6 +84,11 @@ void CBlockEncodingPage::OnInitDialog() {
                                         {IDC_ENCODING_ALL, L"IDC_ENCODING_ALL"},
                                         {IDC_ENCODING_NONE, L"IDC_ENCODING_NONE"}};
     win32::ApplyTexts(hwnd(), ui_, texts);
+    title_font_.reset(win32::CreateDialogFont(hwnd(), std::wstring(), 0, FW_BOLD));
+    if (title_font_) {
+        ::SendDlgItemMessageW(hwnd(), IDC_ENCODING_TITLE, WM_SETFONT,
+                              reinterpret_cast<WPARAM>(title_font_.get()), FALSE);
+    }
     entries_ = LoadBlockedEncodings(PlatformFileSystem(), FilePath());
 
     HWND list = ::GetDlgItem(hwnd(), IDC_ENCODING_LIST);
@@ -98,7 +103,7 @@ void CBlockEncodingPage::OnInitDialog() {
         LVCOLUMNW column{};
         column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
         column.pszText = const_cast<wchar_t*>(headers[i].c_str());
-        column.cx = i == 0 ? width * 9 / 20 : width - width * 9 / 20;
+        column.cx = i == 0 ? width * 2 / 5 : width - width * 2 / 5;
         column.iSubItem = i;
         ListView_InsertColumn(list, i, &column);
     }
@@ -117,6 +122,8 @@ void CBlockEncodingPage::OnInitDialog() {
         ListView_SetCheckState(list, static_cast<int>(i), entries_[i].blocked);
     }
     ListView_SetItemState(list, 0, LVIS_FOCUSED, LVIS_FOCUSED);
+    // The code pages take what the names leave, scroll bar or not.
+    ListView_SetColumnWidth(list, 1, LVSCW_AUTOSIZE_USEHEADER);
     filling_ = false;
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "common_src/win32/handles.h"
 #include "common_src/win32/property_sheet.h"
 #include "common_src/win32/ui_context.h"
 #include "senders/block_encodings.h"
@@ -33,6 +34,7 @@ private:
     std::vector<BlockedEncoding> entries_;
     bool filling_ = false;  // the list's own changes while it is filled
     bool changed_ = false;
+    win32::unique_hfont title_font_;
 };
 
 }  // namespace velk::senders
