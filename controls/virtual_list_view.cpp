@@ -86,7 +86,9 @@ void VirtualListView::Refresh() {
     if (!attached() || rows_ == nullptr)
         return;
     const int count = static_cast<int>(std::min<std::size_t>(rows_->RowCount(), INT_MAX));
-    ListView_SetItemCountEx(hwnd(), count, LVSICF_NOSCROLL);
+    // Setting the count updates the scroll bar, which costs milliseconds.
+    if (count != ListView_GetItemCount(hwnd()))
+        ListView_SetItemCountEx(hwnd(), count, LVSICF_NOSCROLL);
     if (selected() >= count)
         Select(-1);
     ::InvalidateRect(hwnd(), nullptr, FALSE);

@@ -72,9 +72,8 @@ bool CApproveSenderPage::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT&
 }
 
 void CApproveSenderPage::OnInitPage() {
-    const win32::ControlText texts[] = {{IDC_SENDER_IMPORT, L"IDC_SENDER_IMPORT"},
-                                        {IDC_AUTO_APPROVE, L"IDC_AUTO_APPROVE"}};
-    win32::ApplyTexts(hwnd(), ui(), texts);
+    SetItemText(IDC_SENDER_IMPORT, L"IDC_SENDER_IMPORT");
+    SetItemText(IDC_AUTO_APPROVE, L"IDC_AUTO_APPROVE");
     TakeHandedOverSenders();
     settings::IniProfile profile(ui().where);
     const bool automatic = settings::ReadTrimmed(profile, settings::Key::AutoApprove) != L"0";

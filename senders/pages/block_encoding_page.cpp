@@ -3,6 +3,7 @@
 #include <commctrl.h>
 
 #include "common_src/win32/companion.h"
+#include "senders/pages/page_texts.h"
 #include "senders/pages/sender_page_ids.h"
 #include "senders/sender_text.h"
 
@@ -97,8 +98,8 @@ void CBlockEncodingPage::OnInitDialog() {
     RECT client{};
     ::GetClientRect(list, &client);
     const int width = client.right - ::GetSystemMetrics(SM_CXVSCROLL);
-    const std::wstring headers[] = {ui_.Text(L"IDS_HEADER_ENCODING"),
-                                    ui_.Text(L"IDS_HEADER_CODEPAGES")};
+    const PageTexts text(ui_);
+    const std::wstring headers[] = {text(L"IDS_HEADER_ENCODING"), text(L"IDS_HEADER_CODEPAGES")};
     for (int i = 0; i < 2; ++i) {
         LVCOLUMNW column{};
         column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
@@ -109,7 +110,7 @@ void CBlockEncodingPage::OnInitDialog() {
     }
     filling_ = true;
     for (std::size_t i = 0; i < entries_.size(); ++i) {
-        std::wstring name = ui_.Text(Widen(BlockedEncodingTextId(entries_[i].key)).c_str());
+        std::wstring name = text(Widen(BlockedEncodingTextId(entries_[i].key)).c_str());
         if (name.empty())
             name = Widen(entries_[i].key);  // a short translation still shows the row
         LVITEMW item{};

@@ -4,6 +4,7 @@
 
 #include "common_src/win32/companion.h"
 #include "log/diag_log.h"
+#include "senders/pages/page_texts.h"
 #include "senders/pages/sender_edit_dialog.h"
 #include "senders/pages/sender_page_ids.h"
 #include "senders/sender_list_wide.h"
@@ -105,25 +106,35 @@ void CSenderPage::OnInitDialog() {
     settings::IniProfile profile(ui_.where);
     const std::wstring title = settings::ReadText(profile, kind_.title_key);
     const std::wstring note = settings::ReadText(profile, kind_.note_key);
+    texts_.emplace(ui_);
+    const PageTexts& text = *texts_;
     ::SetDlgItemTextW(hwnd(), IDC_SENDER_TITLE,
-                      (title.empty() ? ui_.Text(kind_.title_text) : title).c_str());
+                      (title.empty() ? text(kind_.title_text) : title).c_str());
     ::SetDlgItemTextW(hwnd(), IDC_SENDER_NOTE,
-                      (note.empty() ? ui_.Text(kind_.note_text) : note).c_str());
+                      (note.empty() ? text(kind_.note_text) : note).c_str());
     title_font_.reset(win32::CreateDialogFont(hwnd(), std::wstring(), 0, FW_BOLD));
     if (title_font_) {
         ::SendDlgItemMessageW(hwnd(), IDC_SENDER_TITLE, WM_SETFONT,
                               reinterpret_cast<WPARAM>(title_font_.get()), FALSE);
     }
-    const win32::ControlText texts[] = {{IDC_SENDER_ADD, L"IDC_SENDER_ADD"},
-                                        {IDC_SENDER_EDIT, L"IDC_SENDER_EDIT"},
-                                        {IDC_SENDER_REMOVE, L"IDC_SENDER_REMOVE"}};
-    win32::ApplyTexts(hwnd(), ui_, texts);
+    SetItemText(IDC_SENDER_ADD, L"IDC_SENDER_ADD");
+    SetItemText(IDC_SENDER_EDIT, L"IDC_SENDER_EDIT");
+    SetItemText(IDC_SENDER_REMOVE, L"IDC_SENDER_REMOVE");
 
     rows_.rows().Refresh();
-    list_.Attach(::GetDlgItem(hwnd(), IDC_SENDER_LIST), rows_, ui_.Text(L"IDS_HEADER_ADDR"),
-                 ui_.Text(L"IDS_HEADER_SENDERNAME"));
+    list_.Attach(::GetDlgItem(hwnd(), IDC_SENDER_LIST), rows_, text(L"IDS_HEADER_ADDR"),
+                 text(L"IDS_HEADER_SENDERNAME"));
     OnInitPage();
     UpdateButtons();
+    texts_.reset();
+}
+
+void CSenderPage::SetItemText(int id, const wchar_t* key) {
+    if (!texts_)
+        return;
+    const std::wstring text = (*texts_)(key);
+    if (!text.empty())
+        ::SetDlgItemTextW(hwnd(), id, text.c_str());
 }
 
 void CSenderPage::OnSetActive() {

@@ -10,6 +10,7 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <string>
 
 #include "common_src/win32/handles.h"
@@ -17,6 +18,7 @@
 #include "common_src/win32/ui_context.h"
 #include "controls/list_rows.h"
 #include "controls/virtual_list_view.h"
+#include "senders/pages/page_texts.h"
 #include "senders/sender_list.h"
 #include "senders/sender_rows.h"
 #include "settings/setting_keys.h"
@@ -80,6 +82,9 @@ protected:
     // The other page shows the other list: tells it the lists changed.
     void TellSiblings();
     int Ask(const wchar_t* text_key, const wchar_t* caption_key, UINT type);
+    // While the page initialises: the control's text from the string table,
+    // unless the table lacks it.
+    void SetItemText(int id, const wchar_t* key);
 
     SenderList& own() { return kind_.list == SenderListKind::kApproved ? *approved_ : *blocked_; }
     SenderList& other() { return kind_.list == SenderListKind::kApproved ? *blocked_ : *approved_; }
@@ -103,6 +108,7 @@ private:
     SenderListRows rows_;
     controls::VirtualListView list_;
     win32::unique_hfont title_font_;
+    std::optional<PageTexts> texts_;  // while initialising
 };
 
 }  // namespace velk::senders
