@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "senders/senders_test_util.h"
 
 namespace velk::senders {
@@ -10,9 +12,10 @@ namespace {
 TEST(ApproveMailList, NamedAndBareEntriesArriveInOrderWithEveryDebugLine) {
     testing::TempFolder dir;
     HandedOverSenders parsed;
-    const std::string logged = testing::CaptureLog(dir, [&] {
+    std::string logged = testing::CaptureLog(dir, [&] {
         parsed = ParseApproveMailList(u"ApproveMailList", u"Ann Lee, ann@x.com ;bob@y.org;");
     });
+    logged.erase(std::remove(logged.begin(), logged.end(), '\r'), logged.end());  // Windows text mode
     EXPECT_FALSE(parsed.malformed);
     ASSERT_EQ(parsed.senders.size(), 2u);
     EXPECT_EQ(parsed.senders[0], (SenderRecord{u"Ann Lee", u"ann@x.com"}));
