@@ -5,6 +5,7 @@ namespace velk::senders {
 namespace {
 constexpr unsigned long kNoSuchFile = 2;
 constexpr unsigned long kAccessDenied = 5;
+constexpr unsigned long kSharingViolation = 32;
 }  // namespace
 
 FileResult MemoryFileSystem::ReadAll(const std::u16string& path, std::size_t maxBytes,
@@ -27,6 +28,8 @@ FileResult MemoryFileSystem::WriteAll(const std::u16string& path, std::string_vi
 }
 
 FileResult MemoryFileSystem::Replace(const std::u16string& from, const std::u16string& to) {
+    if (failReplaces)
+        return FileResult::Failed(kSharingViolation);
     const auto it = files.find(from);
     if (it == files.end())
         return FileResult::Failed(kNoSuchFile);
@@ -37,6 +40,14 @@ FileResult MemoryFileSystem::Replace(const std::u16string& from, const std::u16s
 
 FileResult MemoryFileSystem::Remove(const std::u16string& path) {
     files.erase(path);
+    return FileResult::Ok();
+}
+
+FileResult MemoryFileSystem::Overwrite(const std::u16string& path, std::string_view bytes) {
+    const auto it = files.find(path);
+    if (it == files.end())
+        return FileResult::Failed(kNoSuchFile);
+    it->second.assign(bytes);
     return FileResult::Ok();
 }
 

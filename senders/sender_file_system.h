@@ -38,6 +38,12 @@ public:
 
     // Deletes the file; a file that is not there counts as deleted.
     virtual FileResult Remove(const std::u16string& path) = 0;
+
+    // Writes `bytes` over an existing file in place, sharing it with every
+    // reader, and cuts it to their length; has them on the disk before
+    // returning. For a file that another program holds open without letting
+    // it be replaced. Fails when the file does not exist.
+    virtual FileResult Overwrite(const std::u16string& path, std::string_view bytes) = 0;
 };
 
 // The real file system of the platform the code runs on.

@@ -57,24 +57,15 @@ public:
             ::open(Utf16ToUtf8(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
         if (fd < 0)
             return Failed();
-        std::size_t done = 0;
-        while (done < bytes.size()) {
-            const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
-            if (n < 0) {
-                if (errno == EINTR)
-                    continue;
-                const FileResult r = Failed();
-                ::close(fd);
-                return r;
-            }
-            done += static_cast<std::size_t>(n);
-        }
-        if (::fsync(fd) != 0) {
-            const FileResult r = Failed();
-            ::close(fd);
-            return r;
-        }
-        return ::close(fd) == 0 ? FileResult::Ok() : Failed();
+        return Finish(fd, WriteAllTo(fd, bytes) && ::fsync(fd) == 0);
+    }
+
+    FileResult Overwrite(const std::u16string& path, std::string_view bytes) override {
+        const int fd = ::open(Utf16ToUtf8(path).c_str(), O_WRONLY | O_CLOEXEC);
+        if (fd < 0)
+            return Failed();
+        return Finish(fd, WriteAllTo(fd, bytes) && ::ftruncate(fd, static_cast<off_t>(bytes.size())) == 0 &&
+                              ::fsync(fd) == 0);
     }
 
     FileResult Replace(const std::u16string& from, const std::u16string& to) override {
@@ -89,6 +80,27 @@ public:
     }
 
 private:
+    static bool WriteAllTo(int fd, std::string_view bytes) {
+        std::size_t done = 0;
+        while (done < bytes.size()) {
+            const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+            if (n < 0) {
+                if (errno == EINTR)
+                    continue;
+                return false;
+            }
+            done += static_cast<std::size_t>(n);
+        }
+        return true;
+    }
+    // Closes `fd`; the first failure (of the steps or of the close) is the answer.
+    static FileResult Finish(int fd, bool stepsOk) {
+        const FileResult steps = stepsOk ? FileResult::Ok() : Failed();
+        const bool closed = ::close(fd) == 0;
+        if (!steps.ok())
+            return steps;
+        return closed ? FileResult::Ok() : Failed();
+    }
     static FileResult Failed() { return FileResult::Failed(static_cast<unsigned long>(errno)); }
     static FileResult NotFound() { return FileResult::NotFound(static_cast<unsigned long>(errno)); }
 };

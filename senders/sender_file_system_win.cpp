@@ -19,6 +19,23 @@ FileResult LastError() {
     return FileResult::Failed(::GetLastError());
 }
 
+// Writes from the file's current position and flushes: a file whose data is
+// still in the cache must never take the place of the old list.
+FileResult WriteAndFlush(HANDLE file, std::string_view bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const std::size_t left = bytes.size() - done;
+        const DWORD want = left > (1u << 30) ? (1u << 30) : static_cast<DWORD>(left);
+        DWORD wrote = 0;
+        if (!::WriteFile(file, bytes.data() + done, want, &wrote, nullptr))
+            return LastError();
+        done += wrote;
+    }
+    if (!::FlushFileBuffers(file))
+        return LastError();
+    return FileResult::Ok();
+}
+
 class Win32FileSystem final : public ISenderFileSystem {
 public:
     FileResult ReadAll(const std::u16string& path, std::size_t maxBytes, std::string& bytes,
@@ -64,18 +81,22 @@ public:
                                               FILE_ATTRIBUTE_NORMAL, nullptr));
         if (!file)
             return LastError();
-        std::size_t done = 0;
-        while (done < bytes.size()) {
-            const std::size_t left = bytes.size() - done;
-            const DWORD want = left > (1u << 30) ? (1u << 30) : static_cast<DWORD>(left);
-            DWORD wrote = 0;
-            if (!::WriteFile(file.get(), bytes.data() + done, want, &wrote, nullptr))
-                return LastError();
-            done += wrote;
-        }
-        // The replace that follows must never put a file whose data is still
-        // in the cache in the place of the old list.
-        if (!::FlushFileBuffers(file.get()))
+        return WriteAndFlush(file.get(), bytes);
+    }
+
+    FileResult Overwrite(const std::u16string& path, std::string_view bytes) override {
+        // Every sharing mode: the reader that keeps us from replacing the
+        // file shares it for writing, or we cannot get in at all.
+        win32::unique_file file(
+            ::CreateFileW(Wide(path), GENERIC_WRITE,
+                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (!file)
+            return LastError();
+        const FileResult written = WriteAndFlush(file.get(), bytes);
+        if (!written.ok())
+            return written;
+        if (!::SetEndOfFile(file.get()))
             return LastError();
         return FileResult::Ok();
     }

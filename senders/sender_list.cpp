@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "log/diag_log.h"
+#include "senders/safe_file.h"
 #include "senders/sender_text.h"
 
 namespace velk::senders {
@@ -158,14 +159,19 @@ bool SenderList::Load(const std::u16string& path) {
 
 bool SenderList::Save(const std::u16string& path) {
     try {
-        SaveFile(path);
+        return SaveFile(path);
     } catch (...) {
         VELK_LOG(
             L"@@@ Error : saving the sender list %ls failed with an exception; the old "
             L"list is kept",
             ToWide(path).c_str());
+        return false;
     }
-    return true;
+}
+
+bool SenderList::Modified() const {
+    std::lock_guard<std::mutex> guard(lock_);
+    return modified_;
 }
 
 bool SenderList::LoadFile(const std::u16string& path) {
@@ -173,6 +179,7 @@ bool SenderList::LoadFile(const std::u16string& path) {
         std::lock_guard<std::mutex> guard(lock_);
         entries_.clear();
         wildcards_.clear();
+        modified_ = false;
     }
 
     std::string bytes;
@@ -272,36 +279,13 @@ std::string SenderList::SerializeLocked() const {
     return out;
 }
 
-void SenderList::SaveFile(const std::u16string& path) {
+bool SenderList::SaveFile(const std::u16string& path) {
+    // Held for the whole write: the file and the flag describe one state.
     std::lock_guard<std::mutex> guard(lock_);
-    const std::string bytes = SerializeLocked();
-
-    // A fixed name beside the target: same folder, so the replace is a rename
-    // on one volume, and a file left by a crash is found again and removed here.
-    const std::u16string temp = path + u".tmp";
-    const FileResult stale = fs_.Remove(temp);
-    if (!stale.ok()) {
-        VELK_LOG(L"!!! leftover %ls cannot be removed (error %lu)", ToWide(temp).c_str(),
-                 stale.error);
-    }
-
-    const FileResult written = fs_.WriteAll(temp, bytes);
-    if (!written.ok()) {
-        VELK_LOG(
-            L"@@@ Error : sender list %ls not saved, writing %ls failed (error %lu); the "
-            L"old list is kept",
-            ToWide(path).c_str(), ToWide(temp).c_str(), written.error);
-        fs_.Remove(temp);
-        return;
-    }
-    const FileResult replaced = fs_.Replace(temp, path);
-    if (!replaced.ok()) {
-        VELK_LOG(
-            L"@@@ Error : sender list %ls not saved, it cannot be replaced (error %lu); the "
-            L"old list is kept",
-            ToWide(path).c_str(), replaced.error);
-        fs_.Remove(temp);
-    }
+    if (!SaveFileSafely(fs_, path, SerializeLocked(), L"sender list"))
+        return false;
+    modified_ = false;
+    return true;
 }
 
 void SenderList::IndexIfWildcard(std::u16string_view key) {
@@ -344,9 +328,10 @@ int SenderList::Add(std::u16string_view address, const SenderRecord& record) {
     std::lock_guard<std::mutex> guard(lock_);
     if (entries_.size() >= format_.capacity)
         return kSenderListFull;
-    return Insert(detail::SenderEntry(address, record.name, record.address, &pool_))
-               ? kSenderAdded
-               : kSenderExists;
+    if (!Insert(detail::SenderEntry(address, record.name, record.address, &pool_)))
+        return kSenderExists;
+    modified_ = true;
+    return kSenderAdded;
 }
 
 bool SenderList::Exists(std::u16string_view address) const {
@@ -370,6 +355,7 @@ bool SenderList::Modify(std::u16string_view oldAddress, std::u16string_view newN
     auto it = LowerBound(oldKey);
     if (it == entries_.end() || it->Key() != oldKey)
         return false;
+    modified_ = true;
     if (newKey == oldKey) {
         // A change of case only: the stored address keeps the case it had.
         it->Reset(newName, it->Address());
@@ -398,6 +384,7 @@ void SenderList::Remove(std::u16string_view address) {
     const auto it = LowerBound(key);
     if (it == entries_.end() || it->Key() != key)
         return;
+    modified_ = true;
     entries_.erase(it);
     const auto indexed = wildcards_.find(std::u16string_view(key));
     if (indexed != wildcards_.end())
@@ -407,6 +394,23 @@ void SenderList::Remove(std::u16string_view address) {
 std::size_t SenderList::Count() const {
     std::lock_guard<std::mutex> guard(lock_);
     return entries_.size();
+}
+
+bool SenderList::RecordAt(std::size_t index, SenderRecord& record) const {
+    std::lock_guard<std::mutex> guard(lock_);
+    if (index >= entries_.size())
+        return false;
+    const auto& entry = entries_[index];
+    record.name.assign(entry.Name());
+    record.address.assign(entry.Address());
+    return true;
+}
+
+std::size_t SenderList::IndexOf(std::u16string_view address) const {
+    const std::u16string key = FoldKey(address);
+    std::lock_guard<std::mutex> guard(lock_);
+    const auto it = Find(key);
+    return it == entries_.end() ? npos : static_cast<std::size_t>(it - entries_.begin());
 }
 
 std::vector<std::pair<std::u16string, SenderRecord>> SenderList::Entries() const {

@@ -38,6 +38,8 @@ std::u16string SenderListPath(std::u16string_view folder, SenderListKind kind);
 
 class SenderList {
 public:
+    static constexpr std::size_t npos = static_cast<std::size_t>(-1);
+
     explicit SenderList(SenderListKind kind, ISenderFileSystem& fs = PlatformFileSystem());
     SenderList(const SenderList&) = delete;
     SenderList& operator=(const SenderList&) = delete;
@@ -51,9 +53,13 @@ public:
     bool Load(const std::u16string& path);
 
     // Writes the whole list through a temporary file beside `path`, so the old
-    // list survives any failure. A failure is logged, never reported: the
-    // answer is always true.
+    // list survives any failure (see safe_file.h). False when the file does
+    // not hold the list afterwards; the failure is logged.
     bool Save(const std::u16string& path);
+
+    // The list was changed (added to, modified, removed from) since it was
+    // last loaded or saved.
+    bool Modified() const;
 
     // kSenderAdded; kSenderExists when the key is taken (the first entry
     // wins); kSenderListFull at the capacity (checked first).
@@ -75,6 +81,11 @@ public:
 
     std::size_t Count() const;
 
+    // The entry at `index` in key order; false past the end.
+    bool RecordAt(std::size_t index, SenderRecord& record) const;
+    // The position of the address's key in key order, or npos.
+    std::size_t IndexOf(std::u16string_view address) const;
+
     // (key, record) in key order, copied under the lock so the caller may
     // walk it while other threads change the list.
     std::vector<std::pair<std::u16string, SenderRecord>> Entries() const;
@@ -84,7 +95,7 @@ public:
 
 private:
     bool LoadFile(const std::u16string& path);
-    void SaveFile(const std::u16string& path);
+    bool SaveFile(const std::u16string& path);
     void IndexIfWildcard(std::u16string_view key);
     using EntryVector = std::pmr::vector<detail::SenderEntry>;
     // Under the lock: where `key` is or would go.
@@ -100,7 +111,8 @@ private:
     const SenderListFormat& format_;
     ISenderFileSystem& fs_;
 
-    mutable std::mutex lock_;  // guards the pool and both maps
+    mutable std::mutex lock_;  // guards the pool, both maps and the flag
+    bool modified_ = false;
     std::pmr::unsynchronized_pool_resource pool_;
     // The entries in key order (the address with A-Z lower-cased). Lists are
     // read far more than changed, and loaded mostly in order: a sorted array

@@ -32,6 +32,9 @@ public:
         return real_.Replace(from, to);
     }
     FileResult Remove(const std::u16string& path) override { return real_.Remove(path); }
+    FileResult Overwrite(const std::u16string& path, std::string_view bytes) override {
+        return real_.Overwrite(path, bytes);
+    }
 
 private:
     ISenderFileSystem& real_ = PlatformFileSystem();

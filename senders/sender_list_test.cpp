@@ -55,6 +55,39 @@ TEST_F(SenderListTest, AddKeepsTheFirstEntryOfAKeyAndStoresTheRecordAsGiven) {
     EXPECT_EQ(entries[0].second, (SenderRecord{u"Ann", u"Ann@Example.COM"}));
 }
 
+// The pages save both files when either list is marked changed; a change
+// that does not happen must not mark it, and loading or saving clears it.
+TEST_F(SenderListTest, OnlyRealChangesMarkTheListUntilItIsLoadedOrSaved) {
+    EXPECT_FALSE(list_.Modified());
+    list_.Add(u"a@x.com", {u"", u"a@x.com"});
+    EXPECT_TRUE(list_.Modified());
+    ASSERT_TRUE(list_.Save(u"list"));
+    EXPECT_FALSE(list_.Modified());
+
+    list_.Add(u"A@X.com", {u"", u"A@X.com"});  // exists already
+    list_.Remove(u"absent@x.com");
+    EXPECT_FALSE(list_.Modify(u"absent@x.com", u"n", u"b@x.com"));
+    EXPECT_FALSE(list_.Modified());
+
+    EXPECT_TRUE(list_.Modify(u"a@x.com", u"Ann", u"a@x.com"));
+    EXPECT_TRUE(list_.Modified());
+    ASSERT_TRUE(list_.Load(u"list"));
+    EXPECT_FALSE(list_.Modified());
+    list_.Remove(u"A@x.com");
+    EXPECT_TRUE(list_.Modified());
+}
+
+TEST_F(SenderListTest, RecordsAreReachedByTheirPositionInKeyOrder) {
+    list_.Add(u"b@x.com", {u"Bo", u"B@x.com"});
+    list_.Add(u"a@x.com", {u"Al", u"a@x.com"});
+    SenderRecord record;
+    ASSERT_TRUE(list_.RecordAt(1, record));
+    EXPECT_EQ(record, (SenderRecord{u"Bo", u"B@x.com"}));
+    EXPECT_FALSE(list_.RecordAt(2, record));
+    EXPECT_EQ(list_.IndexOf(u"B@X.COM"), 1u);
+    EXPECT_EQ(list_.IndexOf(u"c@x.com"), SenderList::npos);
+}
+
 TEST(SenderListCapacity, EachListRefusesThe8001stAddressButStillAnswersQueries) {
     for (SenderListKind kind : {SenderListKind::kApproved, SenderListKind::kBlocked}) {
         MemoryFileSystem fs;

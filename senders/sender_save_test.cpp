@@ -1,6 +1,6 @@
 // Saving never destroys the old list: every failure of the temporary-file
-// write or of the replace leaves the old file whole, is logged and is still
-// answered with true.
+// write, of the replace and of the write in place leaves the old file whole,
+// is logged, is answered with false and leaves the list marked as changed.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -18,9 +18,11 @@ namespace {
 class FaultyFileSystem final : public ISenderFileSystem {
 public:
     static constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
-    std::size_t writeFailsAfter = kNever;  // bytes written before the write fails
-    bool replaceFails = false;
+    std::size_t writeFailsAfter = kNever;      // bytes written before the write fails
+    int replaceFailures = 0;                   // replaces that fail before one works
+    std::size_t overwriteFailsAfter = kNever;  // the same for the write in place
     bool throws = false;  // reads and writes throw as an exhausted heap would
+    int replaces = 0;
 
     FileResult ReadAll(const std::u16string& path, std::size_t maxBytes, std::string& bytes,
                        bool& truncated) override {
@@ -38,11 +40,21 @@ public:
         return FileResult::Failed(112);
     }
     FileResult Replace(const std::u16string& from, const std::u16string& to) override {
-        if (replaceFails)
+        ++replaces;
+        if (replaceFailures != 0) {
+            --replaceFailures;
             return FileResult::Failed(32);
+        }
         return real_.Replace(from, to);
     }
     FileResult Remove(const std::u16string& path) override { return real_.Remove(path); }
+    FileResult Overwrite(const std::u16string& path, std::string_view bytes) override {
+        if (overwriteFailsAfter == kNever)
+            return real_.Overwrite(path, bytes);
+        real_.Overwrite(path, bytes.substr(0, overwriteFailsAfter));
+        overwriteFailsAfter = kNever;  // the disk has room again for the undo
+        return FileResult::Failed(112);
+    }
 
 private:
     ISenderFileSystem& real_ = PlatformFileSystem();
@@ -56,6 +68,7 @@ protected:
         ASSERT_TRUE(list_.Save(path_));
         oldBytes_ = testing::ReadFileBytes(path_);
         list_.Add(u"new@x.com", {u"New", u"new@x.com"});
+        fs_.replaces = 0;
     }
 
     testing::TempFolder dir_;
@@ -65,25 +78,48 @@ protected:
     std::string oldBytes_;
 };
 
-TEST_F(SenderListSaveTest, AWriteFailingPartWayKeepsTheOldFileAndLeavesNoTemporary) {
+TEST_F(SenderListSaveTest, AWriteFailingPartWayKeepsTheOldFileAndTheChangedMark) {
     fs_.writeFailsAfter = oldBytes_.size() / 2;
-    const std::string logged = testing::CaptureLog(dir_, [&] { EXPECT_TRUE(list_.Save(path_)); });
+    const std::string logged = testing::CaptureLog(dir_, [&] { EXPECT_FALSE(list_.Save(path_)); });
     EXPECT_EQ(testing::ReadFileBytes(path_), oldBytes_);
     EXPECT_FALSE(testing::FileExists(path_ + u".tmp"));
+    EXPECT_TRUE(list_.Modified());
     EXPECT_NE(logged.find("not saved"), std::string::npos) << logged;
     EXPECT_NE(logged.find("error 112"), std::string::npos) << logged;
+    EXPECT_EQ(fs_.replaces, 0);  // nothing half-written ever takes the list's place
 
     fs_.writeFailsAfter = FaultyFileSystem::kNever;
     ASSERT_TRUE(list_.Save(path_));
+    EXPECT_FALSE(list_.Modified());
     EXPECT_NE(testing::ReadFileBytes(path_).find("new@x.com"), std::string::npos);
 }
 
-TEST_F(SenderListSaveTest, AFailedReplaceKeepsTheOldFileAndLeavesNoTemporary) {
-    fs_.replaceFails = true;
+TEST_F(SenderListSaveTest, AReplaceRefusedForAMomentIsRetried) {
+    fs_.replaceFailures = 2;
     const std::string logged = testing::CaptureLog(dir_, [&] { EXPECT_TRUE(list_.Save(path_)); });
+    EXPECT_EQ(fs_.replaces, 3);
+    EXPECT_NE(testing::ReadFileBytes(path_).find("new@x.com"), std::string::npos);
+    EXPECT_EQ(logged.find("in place"), std::string::npos) << logged;
+}
+
+TEST_F(SenderListSaveTest, AReplaceRefusedForGoodFallsBackToWritingInPlace) {
+    fs_.replaceFailures = -1;
+    const std::string logged = testing::CaptureLog(dir_, [&] { EXPECT_TRUE(list_.Save(path_)); });
+    EXPECT_NE(testing::ReadFileBytes(path_).find("new@x.com"), std::string::npos);
+    EXPECT_FALSE(testing::FileExists(path_ + u".tmp"));
+    EXPECT_FALSE(list_.Modified());
+    EXPECT_NE(logged.find("cannot be replaced (error 32); written in place"), std::string::npos)
+        << logged;
+}
+
+TEST_F(SenderListSaveTest, AWriteInPlaceFailingPartWayPutsTheOldBytesBack) {
+    fs_.replaceFailures = -1;
+    fs_.overwriteFailsAfter = 10;
+    const std::string logged = testing::CaptureLog(dir_, [&] { EXPECT_FALSE(list_.Save(path_)); });
     EXPECT_EQ(testing::ReadFileBytes(path_), oldBytes_);
     EXPECT_FALSE(testing::FileExists(path_ + u".tmp"));
-    EXPECT_NE(logged.find("cannot be replaced (error 32)"), std::string::npos) << logged;
+    EXPECT_TRUE(list_.Modified());
+    EXPECT_NE(logged.find("nor written in place (error 112)"), std::string::npos) << logged;
 }
 
 TEST_F(SenderListSaveTest, ATemporaryFileLeftByACrashIsRemovedAtTheNextSave) {
@@ -97,14 +133,14 @@ TEST_F(SenderListSaveTest, ATemporaryFileLeftByACrashIsRemovedAtTheNextSave) {
     // Also when the save itself then fails.
     testing::WriteFileBytes(path_ + u".tmp", "half a list from a crash");
     fs_.writeFailsAfter = 0;
-    ASSERT_TRUE(list_.Save(path_));
+    EXPECT_FALSE(list_.Save(path_));
     EXPECT_FALSE(testing::FileExists(path_ + u".tmp"));
 }
 
 TEST_F(SenderListSaveTest, AnExceptionInsideLoadOrSaveIsLoggedAndGoesNoFurther) {
     fs_.throws = true;
     std::string logged = testing::CaptureLog(dir_, [&] {
-        EXPECT_TRUE(list_.Save(path_));
+        EXPECT_FALSE(list_.Save(path_));
         EXPECT_TRUE(list_.Load(path_));
     });
     EXPECT_EQ(testing::ReadFileBytes(path_), oldBytes_);
@@ -113,9 +149,9 @@ TEST_F(SenderListSaveTest, AnExceptionInsideLoadOrSaveIsLoggedAndGoesNoFurther) 
     EXPECT_NE(logged.find("loading the sender list"), std::string::npos) << logged;
 }
 
-TEST_F(SenderListSaveTest, SavingIntoAMissingFolderAnswersTrueAndCreatesNothing) {
+TEST_F(SenderListSaveTest, SavingIntoAMissingFolderFailsAndCreatesNothing) {
     const std::u16string missing = dir_.File(u"absent") + u"/";
-    EXPECT_TRUE(list_.Save(SenderListPath(missing, SenderListKind::kBlocked)));
+    EXPECT_FALSE(list_.Save(SenderListPath(missing, SenderListKind::kBlocked)));
     EXPECT_FALSE(testing::FileExists(dir_.File(u"absent")));
 }
 

@@ -15,7 +15,6 @@
 
 // ---- Ours ----
 #define IDB_SLIDER_THUMBS 6450  // the level slider's thumb: four 15x15 frames
-#define IDD_EMPTY_PAGE 6451     // a tab whose page this build does not have yet
 #define IDD_CATEGORY_LEVEL 6452
 #define IDD_SERENEL_LEVEL 6453
 
