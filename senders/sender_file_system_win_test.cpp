@@ -11,50 +11,40 @@
 namespace velk::senders {
 namespace {
 
-const wchar_t* Wide(const std::u16string& s) {
-    return reinterpret_cast<const wchar_t*>(s.c_str());
-}
-
 class SenderListHeldOpenTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        path_ = SenderListPath(dir_.Folder(), SenderListKind::kApproved);
         list_.Add(u"old@x.com", {u"Old", u"old@x.com"});
         ASSERT_TRUE(list_.Save(path_));
-        oldBytes_ = testing::ReadFileBytes(path_);
+        oldBytes_ = dir_.ReadFile(L"WhiteList.dat");
         list_.Add(u"new@x.com", {u"New", u"new@x.com"});
     }
-
-    // How the scanning process reads the list: shared for reading and
-    // writing, not for deletion.
-    win32::unique_file OpenLikeAnotherReader(DWORD share) {
-        return win32::unique_file(::CreateFileW(Wide(path_), GENERIC_READ, share, nullptr,
-                                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    win32::unique_file Hold(DWORD access, DWORD share) {
+        return win32::unique_file(::CreateFileW((dir_.path() + L"WhiteList.dat").c_str(), access,
+                                                share, nullptr, OPEN_EXISTING, 0, nullptr));
     }
 
     testing::TempFolder dir_;
     SenderList list_{SenderListKind::kApproved};
-    std::u16string path_;
+    std::u16string path_ = SenderListPath(testing::Folder(dir_), SenderListKind::kApproved);
     std::string oldBytes_;
 };
 
-TEST_F(SenderListHeldOpenTest, ATargetOpenWithoutShareDeleteKeepsItsOldContent) {
+// How the scanning process reads the list: shared for reading and writing,
+// not for deletion.
+TEST_F(SenderListHeldOpenTest, AReaderWithoutShareDeleteKeepsReadingTheOldListWhole) {
     {
-        win32::unique_file held = OpenLikeAnotherReader(FILE_SHARE_READ | FILE_SHARE_WRITE);
+        win32::unique_file held = Hold(GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
         ASSERT_TRUE(held);
         const std::string logged =
             testing::CaptureLog(dir_, [&] { EXPECT_TRUE(list_.Save(path_)); });
         EXPECT_NE(logged.find("cannot be replaced"), std::string::npos) << logged;
-        EXPECT_FALSE(testing::FileExists(path_ + u".tmp"));
-
-        // The holder still reads the old list, whole.
+        EXPECT_FALSE(dir_.Exists(L"WhiteList.dat.tmp"));
         char buffer[4096];
         DWORD got = 0;
         ASSERT_TRUE(::ReadFile(held.get(), buffer, sizeof buffer, &got, nullptr));
         EXPECT_EQ(std::string(buffer, got), oldBytes_);
     }
-    EXPECT_EQ(testing::ReadFileBytes(path_), oldBytes_);
-
     // Once the other process lets go, the next save goes through.
     ASSERT_TRUE(list_.Save(path_));
     SenderList reloaded(SenderListKind::kApproved);
@@ -62,14 +52,13 @@ TEST_F(SenderListHeldOpenTest, ATargetOpenWithoutShareDeleteKeepsItsOldContent) 
     EXPECT_TRUE(reloaded.Exists(u"new@x.com"));
 }
 
-TEST_F(SenderListHeldOpenTest, ATargetOpenedForWritingWithoutSharingKeepsItsOldContent) {
-    win32::unique_file held(::CreateFileW(Wide(path_), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+TEST_F(SenderListHeldOpenTest, AWriterWithoutSharingKeepsTheOldContent) {
+    win32::unique_file held = Hold(GENERIC_READ | GENERIC_WRITE, 0);
     ASSERT_TRUE(held);
     EXPECT_TRUE(list_.Save(path_));
-    EXPECT_FALSE(testing::FileExists(path_ + u".tmp"));
+    EXPECT_FALSE(dir_.Exists(L"WhiteList.dat.tmp"));
     held.reset();
-    EXPECT_EQ(testing::ReadFileBytes(path_), oldBytes_);
+    EXPECT_EQ(dir_.ReadFile(L"WhiteList.dat"), oldBytes_);
 }
 
 }  // namespace
