@@ -87,7 +87,7 @@ TEST_F(RegistryTest, EnumerationNeedsItsOwnOpenAndDeletesRemoveOnlyWhatTheyName)
     EXPECT_EQ(StringList{L"child"}, names);
     EXPECT_NE(0u, ErrorOf([&] { store.DeleteNode(); }));  // it has a sub-key
     EXPECT_TRUE(child.DeleteNode() && store.DeleteNode());
-    EXPECT_FALSE(key.Exists());
+    EXPECT_EQ(2u, ErrorOf([&] { reader.Open(Parent(), key.node()); }));
 }
 
 TEST_F(RegistryTest, ClosedStoresAnswerError6AndAFailedOpenLeavesTheStoreClosed) {

@@ -136,13 +136,6 @@ void TempKey::SetRaw(const std::wstring& name, DWORD type, const void* data, DWO
     ::RegCloseKey(key);
 }
 
-bool TempKey::Exists() const {
-    HKEY key = nullptr;
-    if (::RegOpenKeyExW(m_root, m_path.c_str(), 0, KEY_QUERY_VALUE | m_view, &key))
-        return false;
-    ::RegCloseKey(key);
-    return true;
-}
 #endif
 
 }  // namespace testing_util

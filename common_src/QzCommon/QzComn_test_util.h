@@ -51,7 +51,6 @@ public:
     const std::wstring& path() const { return m_path; }
     std::wstring node() const { return m_path.substr(9); }  // below "Software\"
     void SetRaw(const std::wstring& name, DWORD type, const void* data, DWORD bytes) const;
-    bool Exists() const;
 
 private:
     HKEY m_root;
