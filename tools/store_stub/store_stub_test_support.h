@@ -47,7 +47,7 @@ protected:
 
     void TearDown() override {
         store().ReleaseHold();
-        EXPECT_EQ(0, store().OutstandingRefs()) << Narrow(store().DescribeLiveObjects());
+        EXPECT_EQ(0, store().OutstandingRefs()) << store().DescribeLiveObjects();
         EXPECT_EQ(0, store().LiveObjects());
         store().Reset();
         ::CoUninitialize();
@@ -91,13 +91,6 @@ protected:
     static HRESULT Commit(IQzMessage* msg) {
         ULONG ignored = 0;
         return msg->Commit(&ignored);
-    }
-
-    static std::string Narrow(const std::wstring& text) {
-        std::string out;
-        for (wchar_t c : text)
-            out += c < 128 ? static_cast<char>(c) : '?';
-        return out;
     }
 
     QzCommon::testing_util::TempFolder root_;
