@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-#include <random>
-
+#include "common_src/QzCommon/QzComn_test_util.h"
 #include "demo/store_journal.h"
 
 namespace velk::demo {
@@ -39,10 +36,6 @@ TEST(DemoHeaderFields, FoldedAndOddFieldsAreReadAsTheStoreReadsThem) {
 class DemoMailboxFiles : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::random_device rd;
-        dir_ = fs::temp_directory_path() / ("velk_demo_mailbox_" + std::to_string(rd()));
-        fs::create_directories(dir_ / "src" / "Inbox");
-        fs::create_directories(dir_ / "src" / "Junk");
         std::string error;
         ASSERT_TRUE(
             ParseScenario("folder 1 Inbox\nfolder 12 Junk\nfolder 3 Empty\n"
@@ -50,46 +43,38 @@ protected:
                           "message Junk 1 c.eml\n",
                           scenario_, error))
             << error;
-        Write("src/Inbox/a.eml", "Message-ID: <a@x>\r\n\r\nA\r\n");
-        Write("src/Inbox/b.eml", "Message-ID: <b@x>\nSubject: LF only\n\nB\n");
-        Write("src/Junk/c.eml", "Message-ID: <c@x>\r\n\r\n\xC3\xA4\r\n");
-    }
-    void TearDown() override { fs::remove_all(dir_); }
-
-    void Write(const std::string& relative, const std::string& bytes) {
-        std::ofstream out(dir_ / relative, std::ios::binary);
-        out << bytes;
-    }
-    std::string Read(const std::string& relative) {
-        std::ifstream in(dir_ / relative, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        dir_.WriteFile(L"src/Inbox/a.eml", "Message-ID: <a@x>\r\n\r\nA\r\n");
+        dir_.WriteFile(L"src/Inbox/b.eml", "Message-ID: <b@x>\nSubject: LF only\n\nB\n");
+        dir_.WriteFile(L"src/Junk/c.eml", "Message-ID: <c@x>\r\n\r\n\xC3\xA4\r\n");
     }
     std::string StageError() {
         Mailbox staged;
         std::string error;
-        EXPECT_FALSE(StageMailbox(scenario_, dir_ / "src", dir_ / "store", staged, error));
+        EXPECT_FALSE(
+            StageMailbox(scenario_, dir_.File(L"src"), dir_.File(L"store"), staged, error));
         return error;
     }
 
-    fs::path dir_;
+    QzCommon::testing_util::TempFolder dir_;
     Scenario scenario_;
 };
 
 TEST_F(DemoMailboxFiles, StagedFilesAreTheStoresLayoutByteForByte) {
     Mailbox staged;
     std::string error;
-    ASSERT_TRUE(StageMailbox(scenario_, dir_ / "src", dir_ / "store", staged, error)) << error;
-    EXPECT_EQ(Read("src/Inbox/b.eml"), Read("store/1/10.eml"));
-    EXPECT_EQ(Read("src/Junk/c.eml"), Read("store/12/1.eml"));
-    EXPECT_TRUE(fs::is_directory(dir_ / "store" / "3"));  // declared, empty
+    ASSERT_TRUE(StageMailbox(scenario_, dir_.File(L"src"), dir_.File(L"store"), staged, error))
+        << error;
+    EXPECT_EQ(dir_.ReadFile(L"src/Inbox/b.eml"), dir_.ReadFile(L"store/1/10.eml"));
+    EXPECT_EQ(dir_.ReadFile(L"src/Junk/c.eml"), dir_.ReadFile(L"store/12/1.eml"));
+    EXPECT_TRUE(dir_.Exists(L"store/3"));  // declared, empty
 
     // What the store would show, read back: ordered by folder, then id
     // (numerically: 10 after 2), skipping what is not the store's.
-    Write("store/1/readme.txt", "x");
-    Write("store/1/07.eml", "leading zero: not a store id");
-    fs::create_directories(dir_ / "store" / "notes");
+    dir_.WriteFile(L"store/1/readme.txt", "x");
+    dir_.WriteFile(L"store/1/07.eml", "leading zero: not a store id");
+    dir_.MakeFolder(L"store/notes");
     Mailbox loaded;
-    ASSERT_TRUE(LoadMailbox(dir_ / "store", loaded, error)) << error;
+    ASSERT_TRUE(LoadMailbox(dir_.File(L"store"), loaded, error)) << error;
     ASSERT_EQ(3u, loaded.size());
     EXPECT_EQ(2u, loaded[0].id);
     EXPECT_EQ(10u, loaded[1].id);
@@ -99,27 +84,27 @@ TEST_F(DemoMailboxFiles, StagedFilesAreTheStoresLayoutByteForByte) {
 }
 
 TEST_F(DemoMailboxFiles, StagingRefusesWhatWouldMakeTheReportWrong) {
-    Write("src/Inbox/stray.eml", "Message-ID: <s@x>\r\n\r\n");
+    dir_.WriteFile(L"src/Inbox/stray.eml", "Message-ID: <s@x>\r\n\r\n");
     EXPECT_EQ("Inbox/stray.eml is not listed in the scenario", StageError());
-    fs::remove(dir_ / "src" / "Inbox" / "stray.eml");
+    fs::remove(dir_.File(L"src/Inbox/stray.eml"));
 
-    Write("src/Junk/c.eml", "Message-ID: <a@x>\r\n\r\n");
+    dir_.WriteFile(L"src/Junk/c.eml", "Message-ID: <a@x>\r\n\r\n");
     EXPECT_EQ("c.eml shares its Message-ID <a@x>", StageError());
-    Write("src/Junk/c.eml", "Subject: no id\r\n\r\n");
+    dir_.WriteFile(L"src/Junk/c.eml", "Subject: no id\r\n\r\n");
     EXPECT_EQ("c.eml has no Message-ID", StageError());
-    fs::remove(dir_ / "src" / "Junk" / "c.eml");
+    fs::remove(dir_.File(L"src/Junk/c.eml"));
     EXPECT_NE(std::string::npos, StageError().find("cannot read"));
 
     // An earlier run's mailbox is never overwritten.
-    Write("src/Junk/c.eml", "Message-ID: <c@x>\r\n\r\n");
-    fs::create_directories(dir_ / "store" / "1");
+    dir_.WriteFile(L"src/Junk/c.eml", "Message-ID: <c@x>\r\n\r\n");
+    dir_.MakeFolder(L"store/1");
     EXPECT_NE(std::string::npos, StageError().find("is not empty"));
 }
 
 TEST_F(DemoMailboxFiles, AMissingMailboxIsAnErrorNotAnEmptyOne) {
     Mailbox loaded;
     std::string error;
-    EXPECT_FALSE(LoadMailbox(dir_ / "nowhere", loaded, error));
+    EXPECT_FALSE(LoadMailbox(dir_.File(L"nowhere"), loaded, error));
     EXPECT_NE(std::string::npos, error.find("cannot read the mailbox"));
 }
 

@@ -89,8 +89,12 @@ TEST_F(DemoSummary, WhatTheRunMissedFailsIt) {
 }
 
 TEST_F(DemoSummary, OnlyOutlookExpressMustDetachBeforeItsOwnClose) {
+    // A window procedure of the add-in's still in place is as bad as the band.
+    run_.client_events = "0.2 start mode=oe\n900.0 wm-close band=0 hooked=1\n";
+    EXPECT_EQ(std::vector<std::string>{"the add-in had not detached when the client got WM_CLOSE"},
+              Summarize(run_).failures);
     // Windows Mail tears the band down from outside; its close finds it.
-    run_.client_events = "0.2 start mode=wmail\n900.0 wm-close band=1 hooked=0\n";
+    run_.client_events = "0.2 start mode=wmail\n900.0 wm-close band=1 hooked=1\n";
     EXPECT_TRUE(Summarize(run_).failures.empty());
     run_.client_events = "0.2 start mode=wmail\n";
     EXPECT_EQ(std::vector<std::string>{"the client's window never got WM_CLOSE"},

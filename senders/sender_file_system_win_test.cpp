@@ -18,7 +18,7 @@ const wchar_t* Wide(const std::u16string& s) {
 class SenderListHeldOpenTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        path_ = SenderListPath(dir_.Folder(), SenderListKind::kApproved);
+        path_ = SenderListPath(testing::Folder(dir_), SenderListKind::kApproved);
         list_.Add(u"old@x.com", {u"Old", u"old@x.com"});
         ASSERT_TRUE(list_.Save(path_));
         oldBytes_ = testing::ReadFileBytes(path_);

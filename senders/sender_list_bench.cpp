@@ -51,7 +51,7 @@ void Fill(SenderList& list) {
 
 int main() {
     testing::TempFolder dir;
-    const std::u16string path = SenderListPath(dir.Folder(), SenderListKind::kApproved);
+    const std::u16string path = SenderListPath(testing::Folder(dir), SenderListKind::kApproved);
 
     SenderList list(SenderListKind::kApproved);
     Fill(list);
@@ -62,7 +62,7 @@ int main() {
         std::fprintf(stderr, "bench setup failed\n");
         return 1;
     }
-    const std::string bytes = testing::ReadFileBytes(path);
+    const std::string bytes = dir.ReadFile(L"WhiteList.dat");
 
     constexpr std::size_t kSamples = 61;
     const auto save = velk::bench::Measure(kSamples, [&] { list.Save(path); });

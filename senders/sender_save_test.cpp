@@ -63,7 +63,7 @@ private:
 class SenderListSaveTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        path_ = SenderListPath(dir_.Folder(), SenderListKind::kBlocked);
+        path_ = SenderListPath(testing::Folder(dir_), SenderListKind::kBlocked);
         list_.Add(u"old@x.com", {u"Old", u"old@x.com"});
         ASSERT_TRUE(list_.Save(path_));
         oldBytes_ = testing::ReadFileBytes(path_);
@@ -150,15 +150,15 @@ TEST_F(SenderListSaveTest, AnExceptionInsideLoadOrSaveIsLoggedAndGoesNoFurther) 
 }
 
 TEST_F(SenderListSaveTest, SavingIntoAMissingFolderFailsAndCreatesNothing) {
-    const std::u16string missing = dir_.File(u"absent") + u"/";
+    const std::u16string missing = (testing::Folder(dir_) + u"absent") + u"/";
     EXPECT_FALSE(list_.Save(SenderListPath(missing, SenderListKind::kBlocked)));
-    EXPECT_FALSE(testing::FileExists(dir_.File(u"absent")));
+    EXPECT_FALSE(testing::FileExists((testing::Folder(dir_) + u"absent")));
 }
 
 // Folder names outside ASCII reach the file system intact on both platforms.
 TEST(SenderListPlatformFiles, ANonAsciiFolderSavesAndLoads) {
     testing::TempFolder dir;
-    const std::u16string folder = dir.File(u"J\u00F6rg \u5C71\u7530");
+    const std::u16string folder = (testing::Folder(dir) + u"J\u00F6rg \u5C71\u7530");
     std::filesystem::create_directory(std::filesystem::path(folder));
     const std::u16string path =
         SenderListPath(folder + static_cast<char16_t>(std::filesystem::path::preferred_separator),

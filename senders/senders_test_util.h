@@ -1,41 +1,25 @@
-// Helpers shared by the sender-list tests and the benchmark.
+// Helpers shared by the sender-list tests and the benchmark: the shared
+// temporary folder in the lists' terms, sample senders, readable records.
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
-#include <functional>
 #include <ostream>
-#include <random>
 #include <string>
-#include <string_view>
 
+#include "common_src/QzCommon/QzComn_test_util.h"
 #include "senders/sender_record.h"
 
 namespace velk::senders::testing {
 
-// A fresh folder under the system's temporary folder, removed with its
-// contents at destruction.
-class TempFolder {
-public:
-    TempFolder();
-    ~TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
+using QzCommon::testing_util::CaptureLog;
+using QzCommon::testing_util::TempFolder;
 
-    // The folder with its trailing separator, as the list folder is given.
-    std::u16string Folder() const;
-    std::u16string File(std::u16string_view name) const;
+// The folder with its trailing separator, as the list folder is given.
+std::u16string Folder(const TempFolder& dir);
 
-private:
-    std::filesystem::path dir_;
-};
-
-// The diagnostic log lines written while `fn` runs (the log is opened in
-// `folder` for the call and closed again).
-std::string CaptureLog(const TempFolder& folder, const std::function<void()>& fn);
-
+// Whole files by the lists' own path type.
 std::string ReadFileBytes(const std::u16string& path);
-void WriteFileBytes(const std::u16string& path, std::string_view bytes);
+void WriteFileBytes(const std::u16string& path, const std::string& bytes);
 bool FileExists(const std::u16string& path);
 
 // A sender-ish address of `index`, unique per index, with some upper case.

@@ -1,72 +1,119 @@
 #include "common_src/QzCommon/QzComn_test_util.h"
 
-#include <shellapi.h>
-#include <shlobj.h>
+#include <atomic>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <stdexcept>
+#include <system_error>
+
+#include "log/diag_log.h"
+
+#ifdef _WIN32
 #include <shlwapi.h>
-
-#include <cstdio>
-
-#include <gtest/gtest.h>
+#endif
 
 namespace QzCommon {
 namespace testing_util {
+
+namespace fs = std::filesystem;
+
 namespace {
 
-std::wstring Unique() {
-    static unsigned counter = 0;
-    // Wine reuses process ids across runs: the tick count keeps a key left by
-    // a crashed run apart.
-    return std::to_wstring(::GetCurrentProcessId()) + L"_" + std::to_wstring(::GetTickCount()) +
-           L"_" + std::to_wstring(++counter);
+std::string Unique() {
+    // Wine reuses process ids across runs: a random part keeps a folder or
+    // key left by a crashed run apart.
+    static std::atomic<unsigned> counter{0};
+    return std::to_string(std::random_device()()) + "_" + std::to_string(++counter);
+}
+
+// Wide text as a path: UTF-16 on Windows; natively the narrow form of a wide
+// path would depend on the locale, the UTF-32 form does not.
+fs::path PathOf(const std::wstring& text) {
+#ifdef _WIN32
+    return fs::path(text);
+#else
+    return fs::path(std::u32string(text.begin(), text.end()));
+#endif
+}
+
+std::wstring WideOf(const fs::path& path) {
+#ifdef _WIN32
+    return path.wstring();
+#else
+    const std::u32string text = path.u32string();
+    return std::wstring(text.begin(), text.end());
+#endif
 }
 
 }  // namespace
 
 TempFolder::TempFolder() {
-    wchar_t temp[MAX_PATH] = {};
-    ::GetTempPathW(MAX_PATH, temp);
-    m_path = std::wstring(temp) + L"velk_qz_" + Unique() + L"\\";
-    EXPECT_TRUE(::CreateDirectoryW(m_path.c_str(), nullptr));
+    for (int attempt = 0; attempt < 100 && m_dir.empty(); ++attempt) {
+        fs::path candidate = fs::temp_directory_path() / ("velk_test_" + Unique());
+        if (fs::create_directory(candidate))
+            m_dir = candidate;
+    }
+    if (m_dir.empty())
+        throw std::runtime_error("no temporary folder");
+    m_path = WideOf(m_dir) + static_cast<wchar_t>(fs::path::preferred_separator);
 }
 
 TempFolder::~TempFolder() {
-    ::WritePrivateProfileStringW(nullptr, nullptr, nullptr, nullptr);  // drop cached files
-    std::wstring from = m_path;
-    from.back() = L'\0';  // the folder itself, double-terminated by c_str()
-    SHFILEOPSTRUCTW op = {};
-    op.wFunc = FO_DELETE;
-    op.pFrom = from.c_str();
-    op.fFlags = FOF_NO_UI;
-    ::SHFileOperationW(&op);
+#ifdef _WIN32
+    // The profile functions cache files; let go of them before deleting.
+    ::WritePrivateProfileStringW(nullptr, nullptr, nullptr, nullptr);
+#endif
+    std::error_code ignored;
+    fs::remove_all(m_dir, ignored);
+}
+
+fs::path TempFolder::File(const std::wstring& relative) const {
+    std::wstring name = relative;
+    for (wchar_t& c : name) {
+        if (c == L'\\' || c == L'/')
+            c = static_cast<wchar_t>(fs::path::preferred_separator);
+    }
+    return m_dir / PathOf(name);
 }
 
 void TempFolder::MakeFolder(const std::wstring& relative) const {
-    ::SHCreateDirectoryExW(nullptr, (m_path + relative).c_str(), nullptr);
+    fs::create_directories(File(relative));
 }
 
 void TempFolder::WriteFile(const std::wstring& relative, const std::string& bytes) const {
-    const size_t slash = relative.rfind(L'\\');
-    if (slash != std::wstring::npos)
-        MakeFolder(relative.substr(0, slash));
-    FILE* file = _wfopen((m_path + relative).c_str(), L"wb");
-    ASSERT_NE(nullptr, file);
-    fwrite(bytes.data(), 1, bytes.size(), file);
-    fclose(file);
+    const fs::path file = File(relative);
+    fs::create_directories(file.parent_path());
+    std::ofstream out(file, std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (!out)
+        throw std::runtime_error("cannot write a test file");
 }
 
 std::string TempFolder::ReadFile(const std::wstring& relative) const {
-    std::string text;
-    if (FILE* file = _wfopen((m_path + relative).c_str(), L"rb")) {
-        char buffer[4096];
-        for (size_t got; (got = fread(buffer, 1, sizeof(buffer), file)) > 0;)
-            text.append(buffer, got);
-        fclose(file);
-    }
-    return text;
+    std::ifstream in(File(relative), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-TempKey::TempKey(HKEY root, REGSAM view)
-    : m_root(root), m_view(view), m_path(L"Software\\VelkQzTest_" + Unique()) {}
+bool TempFolder::Exists(const std::wstring& relative) const {
+    std::error_code ignored;
+    return fs::exists(File(relative), ignored);
+}
+
+std::string CaptureLog(const TempFolder& folder, const std::function<void()>& body) {
+    velk::log::Open(folder.path() + L"captured.log");
+    body();
+    const std::wstring path = velk::log::CurrentPath();
+    velk::log::Close();
+    std::ifstream in(PathOf(path), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+#ifdef _WIN32
+TempKey::TempKey(HKEY root, REGSAM view) : m_root(root), m_view(view) {
+    const std::string unique = Unique();
+    m_path = L"Software\\VelkQzTest_" + std::wstring(unique.begin(), unique.end());
+}
 
 TempKey::~TempKey() {
     // SHDeleteKeyW works in the native view, where the 32-bit view of
@@ -78,20 +125,18 @@ TempKey::~TempKey() {
 
 void TempKey::SetRaw(const std::wstring& name, DWORD type, const void* data, DWORD bytes) const {
     HKEY key = nullptr;
-    ASSERT_EQ(0, ::RegCreateKeyExW(m_root, m_path.c_str(), 0, nullptr, 0, KEY_SET_VALUE | m_view,
-                                   nullptr, &key, nullptr));
-    EXPECT_EQ(0,
-              ::RegSetValueExW(key, name.c_str(), 0, type, static_cast<const BYTE*>(data), bytes));
+    if (::RegCreateKeyExW(m_root, m_path.c_str(), 0, nullptr, 0, KEY_SET_VALUE | m_view, nullptr,
+                          &key, nullptr) != ERROR_SUCCESS ||
+        ::RegSetValueExW(key, name.c_str(), 0, type, static_cast<const BYTE*>(data), bytes) !=
+            ERROR_SUCCESS) {
+        if (key)
+            ::RegCloseKey(key);
+        throw std::runtime_error("cannot set a test registry value");
+    }
     ::RegCloseKey(key);
 }
 
-bool TempKey::Exists() const {
-    HKEY key = nullptr;
-    if (::RegOpenKeyExW(m_root, m_path.c_str(), 0, KEY_QUERY_VALUE | m_view, &key))
-        return false;
-    ::RegCloseKey(key);
-    return true;
-}
+#endif
 
 }  // namespace testing_util
 }  // namespace QzCommon

@@ -36,7 +36,8 @@ struct FakeNames {
 };
 
 // Pretends a system language over a resource tree of the test's own, with
-// the process log opened into the test's folder.
+// the process log opened into the test's folder: support staff follow the
+// language choice in the log.
 class LoaderTest : public ::testing::Test {
 protected:
     LoaderTest() {
@@ -60,7 +61,6 @@ protected:
             bytes += {static_cast<char>(c & 0xFF), static_cast<char>(c >> 8)};
         res.WriteFile(language + L"\\StringTable.ini", bytes);
     }
-    // Every line must be in the log, whose file is closed (and so complete).
     void ExpectLogged(std::initializer_list<std::wstring> lines) {
         velk::log::Close();
         const std::string log = logs.ReadFile(velk::log::CurrentPath().substr(logs.path().size()));
@@ -81,23 +81,18 @@ TEST_F(LoaderTest, SwissGermanLoadsGermanThenEnglishAndFailsWithoutEnglish) {
     EXPECT_STREQ(L"Gr\u00f6\u00dfe", swiss.LoadStringW(L"IDS_SIZE"));
     // Primary language, default sub-language: 0x0807 -> 0x0407.
     EXPECT_EQ((std::vector<LCID>{kSwissGerman, kGerman}), kernel.asked);
-    EXPECT_TRUE(downlevel.asked.empty());
 
     QzResourceStringLoader japanese(Pretend(kJapanese));
     ASSERT_TRUE(japanese.Initialize(L"Main"));
     EXPECT_EQ(L"en-US", japanese.GetLanguage());
-
-    QzResourceStringLoader bare(Pretend(kSwissGerman, empty.path()));
-    EXPECT_FALSE(bare.Initialize(L"Main"));
+    EXPECT_FALSE(QzResourceStringLoader(Pretend(kSwissGerman, empty.path())).Initialize(L"Main"));
 
     const std::wstring root = res.path();
     ExpectLogged({
-        L"[Enter] QzResourceStringLoader::Initialize()...",
         L"Start mapping primary language ID due to <DE-CH> StringTable is not existed: [" + root +
             L"DE-CH\\StringTable.ini]",
         L"Successfully loaded MUI stringTable. Lang: [DE-DE], Section: [Main], File: [" + root +
             L"DE-DE\\StringTable.ini]",
-        L"[Leave] QzResourceStringLoader::Initialize()...",
         L"Using default language <en-US>: [" + root + L"en-US\\StringTable.ini]",
         L"*** Error occurred!! <en-US> StringTable is not existed: [" + empty.path() +
             L"en-US\\StringTable.ini]",
@@ -114,20 +109,13 @@ TEST_F(LoaderTest, DownlevelNamesAreKeptAsTheyAreAndLanguageMapIsTheLastSource) 
     QzResourceStringLoader german(Pretend(kGerman));
     ASSERT_TRUE(german.Initialize(L"Main"));
     EXPECT_EQ(L"de-DE", german.GetLanguage());
-    EXPECT_EQ((std::vector<LCID>{kGerman}), kernel.asked);  // asked first, had no answer
-
     QzResourceStringLoader french(Pretend(0x040C));
     ASSERT_TRUE(french.Initialize(L"Main"));
     EXPECT_EQ(L"fr-FR", french.GetLanguage());
-
-    ExpectLogged({
-        L"Using LanguageMap.ini to perform language mapping, path: [" + res.path() +
-            L"LanguageMap.ini]",
-        L"<LanguageMap.ini> Matched Locale Name from [1036] to [fr-FR]",
-    });
+    ExpectLogged({L"<LanguageMap.ini> Matched Locale Name from [1036] to [fr-FR]"});
 }
 
-TEST_F(LoaderTest, LoadStringExpandsEscapesAndKeepsMissingIdsAsEmptySuccesses) {
+TEST_F(LoaderTest, LoadStringExpandsLineEscapesAndKeepsMissingIdsAsEmptySuccesses) {
     AddTable(L"en-US",
              L"[Main]\r\nIDS_TWO=one\\ntwo\\r\\nthree\r\nIDS_PATH=C:\\temp\r\n"
              L"[Other]\r\nIDS_TWO=other section\r\n");
@@ -135,9 +123,7 @@ TEST_F(LoaderTest, LoadStringExpandsEscapesAndKeepsMissingIdsAsEmptySuccesses) {
     EXPECT_FALSE(loader.Initialize(L""));
     ASSERT_TRUE(loader.Initialize(L"Main"));
     EXPECT_STREQ(L"one\ntwo\r\nthree", loader.LoadStringW(L"IDS_TWO"));
-    EXPECT_EQ(L"one\ntwo\r\nthree", loader.GetLoadedString());
     EXPECT_STREQ(L"C:\\temp", loader.LoadStringW(L"IDS_PATH"));
-
     EXPECT_STREQ(L"", loader.LoadStringW(L"IDS_NOPE"));
     EXPECT_TRUE(loader.IsStringLoaded());  // logged as a failure, flagged as loaded
     EXPECT_STREQ(L"", loader.LoadStringW(nullptr));
@@ -147,14 +133,11 @@ TEST_F(LoaderTest, LoadStringExpandsEscapesAndKeepsMissingIdsAsEmptySuccesses) {
     EXPECT_STREQ(L"other section", loader.LoadStringW(L"IDS_TWO"));
     loader.UnInitialize();
     EXPECT_STREQ(L"", loader.LoadStringW(L"IDS_TWO"));
-
-    ExpectLogged({
-        L"*** Error! Get string failed. ID: [IDS_NOPE]",
-        L"*** QzCommon::Storage::Exception(): [0x000000a0]",  // the closed table's 160
-    });
+    ExpectLogged({L"*** Error! Get string failed. ID: [IDS_NOPE]",
+                  L"*** QzCommon::Storage::Exception(): [0x000000a0]"});  // the closed table's 160
 }
 
-TEST_F(LoaderTest, ResourceFolderFallsBackLikeTheTableButProbesTheFolder) {
+TEST_F(LoaderTest, ResourceFolderFallsBackLikeTheTableAndDefaultsBesideTheModule) {
     res.MakeFolder(L"de-DE");  // a folder without a table is enough here
     res.MakeFolder(L"en-US");
     EXPECT_EQ(res.path() + L"DE-DE\\",
@@ -163,20 +146,15 @@ TEST_F(LoaderTest, ResourceFolderFallsBackLikeTheTableButProbesTheFolder) {
               QzResourceStringLoader(Pretend(kJapanese)).GetResFolderByAutoDetectLanguage());
     EXPECT_EQ(L"", QzResourceStringLoader(Pretend(kSwissGerman, empty.path()))
                        .GetResFolderByAutoDetectLanguage());
-    ExpectLogged(
-        {L"Lang: [DE-DE], Resource Folder: [" + res.path() + L"DE-DE\\]",
-         L"*** Error occurred!! Resource folder is not existed: [" + empty.path() + L"en-US\\]"});
-}
 
-TEST_F(LoaderTest, DefaultsAreTheResourceFolderBesideTheModuleAndTheRealSystem) {
-    QzResourceStringLoader loader;
+    // The installation puts Resource beside bin.
     wchar_t exe[MAX_PATH] = {};
     ::GetModuleFileNameW(nullptr, exe, MAX_PATH);
     std::wstring folder = exe;
-    EXPECT_EQ(folder.erase(folder.rfind(L'\\') + 1) + L"..\\Resource\\", loader.GetResourcePath());
-    const std::wstring primary = loader.MapPrimaryLangID();  // e.g. "EN-US"
-    EXPECT_NE(std::wstring::npos, primary.find(L'-'));
-    EXPECT_EQ(std::wstring::npos, primary.find_first_of(L"abcdefghijklmnopqrstuvwxyz"));
+    EXPECT_EQ(folder.erase(folder.rfind(L'\\') + 1) + L"..\\Resource\\",
+              QzResourceStringLoader().GetResourcePath());
+    ExpectLogged(
+        {L"*** Error occurred!! Resource folder is not existed: [" + empty.path() + L"en-US\\]"});
 }
 
 TEST_F(LoaderTest, HelpAddressJoinsBaseProductLanguageAndFunctionFromThe64BitView) {
@@ -204,13 +182,10 @@ TEST_F(LoaderTest, HelpAddressJoinsBaseProductLanguageAndFunctionFromThe64BitVie
     ASSERT_TRUE(japanese.GetVELK_OLH_URL(res.path() + L"help.ini", L"Missing", url));
     EXPECT_EQ(L"http://help.example/oe/P100/en-US/", url);
 
-    // A key only a 32-bit program would see, or none at all: no address.
+    // A key only a 32-bit program would see: no address.
     url = L"unchanged";
     EXPECT_FALSE(swiss.GetVELK_OLH_URL(writeIni(L"help32.ini", only32), L"Settings", url));
-    res.WriteFile(L"none.ini", "[OnlinHelp]\r\n");
-    EXPECT_FALSE(swiss.GetVELK_OLH_URL(res.path() + L"none.ini", L"Settings", url));
     EXPECT_EQ(L"unchanged", url);
-
     ExpectLogged({L"!!! Get FunID failed: from=[" + res.path() + L"help.ini], result=[]",
                   L"*** QzCommon::Storage::Exception(): [0x00000002]"});
 }

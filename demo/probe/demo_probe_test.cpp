@@ -5,13 +5,10 @@
 #include <commctrl.h>
 
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <random>
 #include <string>
 
 #include "actions/QzStoreInterfaces.h"
+#include "common_src/QzCommon/QzComn_test_util.h"
 #include "common_src/win32/handles.h"
 #include "demo/probe/probe_protocol.h"
 #include "tools/store_stub/store_stub_control.h"
@@ -20,18 +17,6 @@ namespace velk::demo {
 namespace {
 
 using SetOEBrowserWndFn = void(WINAPI*)(HWND);
-
-std::wstring TempDir() {
-    wchar_t dir[MAX_PATH];
-    ::GetTempPathW(MAX_PATH, dir);
-    std::random_device rd;
-    return std::wstring(dir) + L"velk_demo_probe_" + std::to_wstring(rd());
-}
-
-std::string ReadAll(const std::wstring& path) {
-    std::ifstream in(std::filesystem::path(path), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 std::wstring ItemText(HWND list, int item, int column) {
     wchar_t text[256] = {};
@@ -48,9 +33,6 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(store_.Load());
         ASSERT_EQ(S_OK, store_.Register());
-        dir_ = TempDir();
-        journal_ = dir_ + L"\\journal.txt";
-        ::CreateDirectoryW(dir_.c_str(), nullptr);
         INITCOMMONCONTROLSEX icc{sizeof(icc), ICC_LISTVIEW_CLASSES};
         ::InitCommonControlsEx(&icc);
         browser_.reset(::CreateWindowExW(0, WC_STATICW, L"Mail", WS_OVERLAPPEDWINDOW, 0, 0, 300,
@@ -74,18 +56,14 @@ protected:
         browser_.reset();
         ::SetEnvironmentVariableW(kProbeMailboxVariable, nullptr);
         ::SetEnvironmentVariableW(kProbeJournalVariable, nullptr);
-        ::DeleteFileW(journal_.c_str());
-        ::DeleteFileW((dir_ + L"\\store\\1\\1.eml").c_str());
-        ::RemoveDirectoryW((dir_ + L"\\store\\1").c_str());
-        ::RemoveDirectoryW((dir_ + L"\\store").c_str());
-        ::RemoveDirectoryW(dir_.c_str());
         store_.UseMemoryStore();
     }
 
     HWND ProbeWindow() { return ::FindWindowW(kProbeWindowClass, nullptr); }
 
     tools::StoreStub store_;
-    std::wstring dir_, journal_;
+    QzCommon::testing_util::TempFolder dir_;
+    const std::wstring journal_ = dir_.path() + L"journal.txt";
     win32::unique_hwnd browser_;
     HWND list_ = nullptr;
     win32::unique_hmodule probe_;
@@ -96,11 +74,11 @@ TEST_F(DemoProbe, WithoutItsSettingsTheProbeSaysWhyAndStaysOut) {
     ::SetEnvironmentVariableW(kProbeJournalVariable, journal_.c_str());
     set_browser_(browser_.get());
     EXPECT_EQ(nullptr, ProbeWindow());
-    EXPECT_EQ(0u, ReadAll(journal_).rfind("error: VELK_DEMO_MAILBOX", 0));
+    EXPECT_EQ(0u, dir_.ReadFile(L"journal.txt").rfind("error: VELK_DEMO_MAILBOX", 0));
 }
 
 TEST_F(DemoProbe, TheStoreUsesTheMailboxAndItsJournalReachesTheFile) {
-    const std::wstring root = dir_ + L"\\store";
+    const std::wstring root = dir_.path() + L"store";
     ::SetEnvironmentVariableW(kProbeMailboxVariable, root.c_str());
     ::SetEnvironmentVariableW(kProbeJournalVariable, journal_.c_str());
     set_browser_(browser_.get());
@@ -113,7 +91,7 @@ TEST_F(DemoProbe, TheStoreUsesTheMailboxAndItsJournalReachesTheFile) {
                                       "Message-ID: <p@x>\r\nFrom: A <a@example.org>\r\n"
                                       "Subject: =?UTF-8?Q?gr=C3=BC=C3=9Fe?=\r\n"
                                       "Date: Tue, 11 Jun 2024 09:14:02 +0200\r\n\r\nbody\r\n"));
-    EXPECT_NE(INVALID_FILE_ATTRIBUTES, ::GetFileAttributesW((root + L"\\1\\1.eml").c_str()));
+    EXPECT_TRUE(dir_.Exists(L"store\\1\\1.eml"));
     {
         win32::com_apartment com;
         win32::com_ptr<IQzFolderMgr> manager;
@@ -123,7 +101,7 @@ TEST_F(DemoProbe, TheStoreUsesTheMailboxAndItsJournalReachesTheFile) {
         ASSERT_EQ(S_OK, manager->GetFolder(1, folder.put()));
     }
     ASSERT_EQ(1, ::SendMessageW(probe, kProbeSaveJournal, 0, 0));
-    const std::string journal = ReadAll(journal_);
+    const std::string journal = dir_.ReadFile(L"journal.txt");
     EXPECT_NE(std::string::npos, journal.find("GetFolder(1) @- -> 0x00000000\n")) << journal;
 
     // The client's list shows a folder as a mail client would.
@@ -145,7 +123,7 @@ TEST_F(DemoProbe, TheStoreUsesTheMailboxAndItsJournalReachesTheFile) {
     store_.Reset();
     browser_.reset();
     EXPECT_EQ(nullptr, ProbeWindow());
-    EXPECT_EQ("", ReadAll(journal_));
+    EXPECT_EQ("", dir_.ReadFile(L"journal.txt"));
 }
 
 }  // namespace
