@@ -156,6 +156,12 @@ void CToolBarBand::OnSize(int cx, int cy) {
         HWND button = button_window(i);
         if (button == nullptr)
             continue;
+        if ((i == kReportSpamIndex && m_bReportFP) || (i == kReportFpIndex && !m_bReportFP)) {
+            // The report pair shares one place: the hidden one takes no room,
+            // so the one shown sits where Report Spam sits.
+            ::ShowWindow(button, SW_HIDE);
+            continue;
+        }
         RECT r{};
         ::GetClientRect(button, &r);
         const int w = r.right - r.left;
@@ -168,9 +174,6 @@ void CToolBarBand::OnSize(int cx, int cy) {
         ::SetWindowPos(button, nullptr, x, 0, 0, 0,
                        SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_SHOWWINDOW);
         x += w;
-        // Only one report button shows; the hidden one keeps its place.
-        if ((i == kReportSpamIndex && m_bReportFP) || (i == kReportFpIndex && !m_bReportFP))
-            ::ShowWindow(button, SW_HIDE);
     }
     HWND more = overflow_window();
     if (more == nullptr)

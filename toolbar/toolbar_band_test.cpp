@@ -123,6 +123,27 @@ TEST_F(BandTest, TallButtonKeepsTheBandLowAndNarrowBandOffersHiddenButtonsInItsM
     EXPECT_NE(0xFFFFFFFFu, ::GetMenuState(copy, ID_MENU_ENABLE_TOOLBAR, MF_BYCOMMAND));
 }
 
+TEST_F(BandTest, ReportFpKeepsReportSpamsPlaceThroughLaterLayouts) {
+    MakeBand();
+    Resize(800);
+    auto left = [&](int index) {
+        RECT r{};
+        ::GetWindowRect(band_->button_window(index), &r);
+        return r.left;
+    };
+    const int spam = left(6);
+    band_->SwitchReportButton(true);
+    for (int width : {790, 800}) {
+        Resize(width);
+        EXPECT_TRUE(Shown(7) && !Shown(6)) << width;
+        EXPECT_EQ(spam, left(7)) << width;
+    }
+    band_->SwitchReportButton(false);
+    Resize(790);
+    EXPECT_TRUE(Shown(6) && !Shown(7));
+    EXPECT_EQ(spam, left(6));
+}
+
 TEST_F(BandTest, FirstPopupTakesTheUpdatesGroupOutOfBothSubMenusOnce) {
     MakeBand();
     const std::vector<UINT> expected[] = {
