@@ -10,12 +10,17 @@
 // never queued; it runs at once on the receiving (UI) thread.
 //
 // Events are auto-reset, so every wait that sees one also clears it, the stop
-// event included: a stop signal consumed by a drain's poll or by the
-// receiver's wait is not seen again, and the worker runs on. Because of that
-// the worker shares ownership of its state, holds its own duplicates of the
-// event handles and keeps the add-in's module loaded while it runs: Stop may
-// close the component's handles after 3000 ms while such a worker is still
-// running, and nothing it uses goes away.
+// event included. A stop is nevertheless never lost: it is also kept as a
+// flag that the worker reads between requests, so a stop always ends the
+// worker once the request it is carrying out is done.
+//
+// The worker holds a reference on the add-in's module and leaves through
+// FreeLibraryAndExitThread, so the library is never unmapped under it. That
+// reference may be the last one (the client freed the library while the
+// add-in ran), so where the worker drops it matters: StopForUnload lets the
+// worker drop it only once the user-interface thread has handled a message
+// sent to a system window of its own, that is, once that thread is back in
+// the client's message loop and out of the add-in's code for good.
 #pragma once
 
 #include <windows.h>
@@ -42,14 +47,25 @@ public:
     // Creates the four events, empties the deques and starts the worker.
     // False (logged) when an event or the thread could not be created.
     bool Start();
-    // Sets the stop event, waits at most 3000 ms for the worker, then closes
-    // the five handles whatever the wait gave. True when the worker ended.
+    // Sets the stop event and waits at most 3000 ms for the worker to finish
+    // the request it is carrying out, then closes the five handles whatever
+    // the wait gave. True when the worker finished within the wait. Here the
+    // worker drops its module reference at once: for callers whose module
+    // cannot be unloaded by that (tests, benchmarks).
     bool Stop();
+    // The same for the add-in, which may be unloaded by the worker's
+    // reference: the worker drops it only after the thread that owns
+    // `handshake` (a window of a system class, which it closes) has handled
+    // a message sent to it. A null `handshake` keeps the module loaded for
+    // the rest of the process.
+    bool StopForUnload(HWND handshake);
     // Sets the stop event without waiting, as Stop does first.
     void RequestStop();
     bool IsStarted() const noexcept { return static_cast<bool>(m_hThread); }
 
-    // WM_COPYDATA: always FALSE to the sender.
+    // WM_COPYDATA: always FALSE to the sender. Without a running worker
+    // (stopped, or failed to start) each request is refused at once with
+    // one log line.
     BOOL OnCopyData(HWND pWnd, const COPYDATASTRUCT* pCopyDataStruct);
 
     // True when queued, false when the deque was full.
@@ -64,6 +80,7 @@ private:
     struct Shared;
     struct WorkerStart;
     bool StartWorker();
+    bool StopWith(HWND handshake, bool keep_module);
     static unsigned __stdcall ThreadFuncMsgProcess(void* start);
 
     template <class Record, class Push>
@@ -77,6 +94,8 @@ private:
     win32::unique_event m_hMoveEvent;
     win32::unique_event m_hDeleteEvent;
     win32::unique_handle m_hThread;
+    // Stopped, or failed to start: no worker will drain the deques.
+    bool m_workerGone = false;
 };
 
 }  // namespace velk::actions
