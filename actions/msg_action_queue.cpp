@@ -44,10 +44,13 @@ struct CMsgActionQueue::Shared {
     unique_event stop, clone, move, del;
     // Set with the stop event and never consumed: the stop always holds.
     std::atomic<bool> stopping{false};
-    // Manual-reset: the worker has left its loop (set by the worker), and it
-    // may now end (set by the stopping side, after `handshake` and
-    // `keep_module` are filled in).
-    unique_event finished, may_end;
+    // Manual-reset: the worker has left its loop (set by the worker), it may
+    // now end (set by the stopping side once `handshake` and `keep_module`
+    // are filled in), it has posted the handshake (set by the worker).
+    unique_event finished, may_end, posted;
+    // The worker's own message-only window, parent of the handshake window.
+    std::atomic<HWND> anchor{nullptr};
+    // A window of the stopping thread, child of `anchor`.
     std::atomic<HWND> handshake{nullptr};
     std::atomic<bool> keep_module{false};
 };
@@ -108,12 +111,13 @@ bool CMsgActionQueue::StartWorker() {
     m_shared->stopping = false;
     m_shared->finished.reset(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
     m_shared->may_end.reset(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    m_shared->posted.reset(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
     m_shared->stop = Duplicate(m_hStopEvent.get());
     m_shared->clone = Duplicate(m_hCloneEvent.get());
     m_shared->move = Duplicate(m_hMoveEvent.get());
     m_shared->del = Duplicate(m_hDeleteEvent.get());
     if (!m_shared->stop || !m_shared->clone || !m_shared->move || !m_shared->del ||
-        !m_shared->finished || !m_shared->may_end) {
+        !m_shared->finished || !m_shared->may_end || !m_shared->posted) {
         VELK_LOG(L"@@@ Error : DuplicateHandle for the message worker failed (%lu)",
                  ::GetLastError());
         Stop();
@@ -147,15 +151,27 @@ void CMsgActionQueue::RequestStop() {
     }
 }
 
+bool CMsgActionQueue::WorkerAlive() const noexcept {
+    return m_hThread && ::WaitForSingleObject(m_hThread.get(), 0) == WAIT_TIMEOUT;
+}
+
 bool CMsgActionQueue::Stop() {
-    return StopWith(nullptr, false);
+    return StopWith(false);
 }
 
-bool CMsgActionQueue::StopForUnload(HWND handshake) {
-    return StopWith(handshake, handshake == nullptr);
+std::function<void()> CMsgActionQueue::StopForUnload() {
+    const std::shared_ptr<Shared> shared = m_shared;
+    const bool finished = StopWith(true);
+    return [shared, finished] {
+        ::SetEvent(shared->may_end.get());
+        // A worker that has finished posts its handshake at once: wait for it,
+        // so the message is queued before this thread's loop looks again.
+        if (finished && shared->handshake)
+            ::WaitForSingleObject(shared->posted.get(), 2000);
+    };
 }
 
-bool CMsgActionQueue::StopWith(HWND handshake, bool keep_module) {
+bool CMsgActionQueue::StopWith(bool for_unload) {
     RequestStop();
     bool ended = true;
     if (m_hThread) {
@@ -164,12 +180,26 @@ bool CMsgActionQueue::StopWith(HWND handshake, bool keep_module) {
         ended = ::WaitForMultipleObjects(2, both, FALSE, kStopWaitMs) != WAIT_TIMEOUT;
         if (!ended)
             VELK_LOG(L"!!! ThreadFuncMsgProcess did not end within %lu ms", kStopWaitMs);
-        m_shared->handshake = handshake;
-        m_shared->keep_module = keep_module;
-        ::SetEvent(m_shared->may_end.get());
-        // Without a handshake nothing stands between the worker and its end.
-        if (ended && handshake == nullptr)
-            ::WaitForSingleObject(m_hThread.get(), kStopWaitMs);
+        if (for_unload) {
+            // Made now, on this thread; no notice to the parent while it is
+            // made, as the worker answers none (its destruction does notify).
+            HWND handshake = ::CreateWindowExW(WS_EX_NOPARENTNOTIFY, L"STATIC", nullptr, WS_CHILD,
+                                               0, 0, 0, 0, m_shared->anchor, nullptr, nullptr,
+                                               nullptr);
+            if (handshake != nullptr) {
+                ::SetWindowLongPtrW(handshake, GWL_EXSTYLE, 0);
+            } else {
+                VELK_LOG(L"!!! no handshake with the message worker (%lu): the add-in stays loaded",
+                         ::GetLastError());
+            }
+            m_shared->handshake = handshake;
+            m_shared->keep_module = handshake == nullptr;
+        } else {
+            ::SetEvent(m_shared->may_end.get());
+            // Nothing stands between the worker and its end now.
+            if (ended)
+                ::WaitForSingleObject(m_hThread.get(), kStopWaitMs);
+        }
     }
     // Closed either way; a worker still running holds its own duplicates.
     m_workerGone = true;
@@ -194,6 +224,11 @@ unsigned __stdcall CMsgActionQueue::ThreadFuncMsgProcess(void* arg) {
         auto stopped = [&s] { return Signalled(s.stop.get()) || s.stopping; };
 
         VELK_LOG(L"[ThreadFuncMsgProcess] IN");
+        // The parent of the stopping thread's handshake window (see the
+        // header). It goes with this thread, never before: its end is what
+        // frees the stopping thread.
+        s.anchor = ::CreateWindowExW(0, L"STATIC", nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                                     nullptr, nullptr);
         {
             win32::com_apartment apartment(COINIT_APARTMENTTHREADED);
             for (;;) {
@@ -226,9 +261,13 @@ unsigned __stdcall CMsgActionQueue::ThreadFuncMsgProcess(void* arg) {
         if (s.keep_module)
             pin = nullptr;
         if (HWND handshake = s.handshake) {
-            // Returns once the window's thread has pumped: out of our code.
-            ::SendMessageW(handshake, WM_NULL, 0, 0);
+            // The stopping thread destroys it from its message loop and then
+            // waits for our answer to WM_PARENTNOTIFY, which never comes: the
+            // thread ends, inside the system, while that thread waits there.
             ::PostMessageW(handshake, WM_CLOSE, 0, 0);
+            ::SetEvent(s.posted.get());
+            while ((HIWORD(::GetQueueStatus(QS_SENDMESSAGE)) & QS_SENDMESSAGE) == 0)
+                ::Sleep(5);
         }
     } catch (...) {
         delete start;

@@ -17,14 +17,21 @@
 // The worker holds a reference on the add-in's module and leaves through
 // FreeLibraryAndExitThread, so the library is never unmapped under it. That
 // reference may be the last one (the client freed the library while the
-// add-in ran), so where the worker drops it matters: StopForUnload lets the
-// worker drop it only once the user-interface thread has handled a message
-// sent to a system window of its own, that is, once that thread is back in
-// the client's message loop and out of the add-in's code for good.
+// add-in ran), so when the worker drops it matters. After StopForUnload the
+// worker drops it only (1) once the stopping thread has let it go, which that
+// thread does when no code of the add-in is on its stack any more, and (2)
+// while that thread is held inside the system: the worker posts WM_CLOSE to a
+// window of the stopping thread whose parent is a window of the worker, so
+// that thread, destroying it from its message loop, waits in the system's
+// WM_PARENTNOTIFY for the worker, which ends without answering. The library
+// is thus unmapped either by the worker while the client's thread is out of
+// our code, or, when the client still holds it, by the client's own
+// FreeLibrary afterwards, on its own thread and at once.
 #pragma once
 
 #include <windows.h>
 
+#include <functional>
 #include <memory>
 
 #include "actions/copydata_records.h"
@@ -53,15 +60,18 @@ public:
     // worker drops its module reference at once: for callers whose module
     // cannot be unloaded by that (tests, benchmarks).
     bool Stop();
-    // The same for the add-in, which may be unloaded by the worker's
-    // reference: the worker drops it only after the thread that owns
-    // `handshake` (a window of a system class, which it closes) has handled
-    // a message sent to it. A null `handshake` keeps the module loaded for
+    // The same for the add-in, whose last reference the worker may hold
+    // (see above): the worker ends only after the returned action has run on
+    // this thread, which the caller does once its thread is out of the
+    // add-in's code, and after this thread has come back to its message loop.
+    // Where that cannot be arranged, the worker keeps the module loaded for
     // the rest of the process.
-    bool StopForUnload(HWND handshake);
+    std::function<void()> StopForUnload();
     // Sets the stop event without waiting, as Stop does first.
     void RequestStop();
     bool IsStarted() const noexcept { return static_cast<bool>(m_hThread); }
+    // Started and its thread still running (at process exit it is not).
+    bool WorkerAlive() const noexcept;
 
     // WM_COPYDATA: always FALSE to the sender. Without a running worker
     // (stopped, or failed to start) each request is refused at once with
@@ -80,7 +90,7 @@ private:
     struct Shared;
     struct WorkerStart;
     bool StartWorker();
-    bool StopWith(HWND handshake, bool keep_module);
+    bool StopWith(bool for_unload);
     static unsigned __stdcall ThreadFuncMsgProcess(void* start);
 
     template <class Record, class Push>

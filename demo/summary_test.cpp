@@ -49,9 +49,8 @@ TEST_F(DemoSummary, AGoodRunIsToldInFullAndPasses) {
         "  spam.eml: moved Inbox -> Junk (message 1) [store: MoveMessage]\n"
         "Report Spam: clicked with the mouse; the scanning process got WM_USER+17 (1041) posted 1 "
         "time(s)\n"
-        "close: when the client's own handler got WM_CLOSE, the band was gone and the client's "
-        "own procedure in place; the client ended 0.03 s after WM_CLOSE; FreeLibrary of the add-in "
-        "3.0 ms\n"
+        "close: when the client's own handler got WM_CLOSE, the band was gone; the client ended "
+        "0.03 s after WM_CLOSE; FreeLibrary of the add-in 3.0 ms\n"
         "add-in log: VELKAgent.20240611.log, 1 lines, no errors reported\n"
         "screenshot: 900x560 pixels of the client window\n"
         "check: passed\n",

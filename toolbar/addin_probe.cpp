@@ -15,7 +15,7 @@
 #include <string>
 
 #include "common_src/win32/handles.h"
-#include "host/addin_exports.h"
+#include "addin/addin_exports.h"
 #include "tools/store_stub/store_stub_control.h"
 
 namespace {
@@ -77,9 +77,9 @@ DWORD WINAPI HoldThread(void*) {
 void TimeBuilds(int count) {
     HMODULE addin = ::GetModuleHandleW(L"VELK_OEA.dll");
     auto destroy = reinterpret_cast<DestroyToolBarFn>(
-        addin ? ::GetProcAddress(addin, velk::host::kExportDestroyToolBar) : nullptr);
+        addin ? ::GetProcAddress(addin, velk::addin::kExportDestroyToolBar) : nullptr);
     auto rebuild = reinterpret_cast<ReBuildToolBarFn>(
-        addin ? ::GetProcAddress(addin, velk::host::kExportReBuildToolBar) : nullptr);
+        addin ? ::GetProcAddress(addin, velk::addin::kExportReBuildToolBar) : nullptr);
     if (destroy == nullptr || rebuild == nullptr)
         return;
     LARGE_INTEGER freq, a, b;

@@ -190,6 +190,7 @@ bool CClientWindow::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& resu
         case kCmdRebuild:
         case kCmdDestroy:
         case kCmdUnload:
+        case kCmdMapped:
             result = host_.command && host_.command(msg) ? 1 : 0;
             return true;
         default:

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "common_src/win32/handles.h"
-#include "host/addin_exports.h"
+#include "addin/addin_exports.h"
 #include "tools/mail_client_stub/client_options.h"
 #include "tools/mail_client_stub/client_window.h"
 #include "tools/mail_client_stub/event_log.h"
@@ -136,7 +136,7 @@ void ClientApp::CallExport(const char* name) {
             continue;
         }
         events_.Write(L"export %hs", name);
-        if (std::strcmp(name, host::kExportSetOEBrowserWnd) == 0) {
+        if (std::strcmp(name, addin::kExportSetOEBrowserWnd) == 0) {
             reinterpret_cast<SetOEBrowserWndFn>(proc)(window_ ? window_->hwnd() : nullptr);
         } else {
             // ReBuildToolBar and DestroyToolBar take nothing.
@@ -151,7 +151,11 @@ void ClientApp::FreeAddins(const wchar_t* what) {
             continue;
         const double t0 = events_.Now();
         ::FreeLibrary(it->module);
-        events_.Write(L"%s %s ms=%.2f", what, it->path.c_str(), events_.Now() - t0);
+        const double ms = events_.Now() - t0;
+        // Whether that FreeLibrary unmapped the library or something (a
+        // thread of the add-in) still holds it.
+        events_.Write(L"%s %s ms=%.2f mapped=%d", what, it->path.c_str(), ms,
+                      ::GetModuleHandleW(it->path.c_str()) != nullptr ? 1 : 0);
         it->module = nullptr;
     }
 }
@@ -159,17 +163,23 @@ void ClientApp::FreeAddins(const wchar_t* what) {
 bool ClientApp::Command(UINT command) {
     switch (command) {
         case kCmdSetBrowser:
-            CallExport(host::kExportSetOEBrowserWnd);
+            CallExport(addin::kExportSetOEBrowserWnd);
             return true;
         case kCmdRebuild:
-            CallExport(host::kExportReBuildToolBar);
+            CallExport(addin::kExportReBuildToolBar);
             return true;
         case kCmdDestroy:
-            CallExport(host::kExportDestroyToolBar);
+            CallExport(addin::kExportDestroyToolBar);
             return true;
         case kCmdUnload:
             FreeAddins(L"unload");
             return true;
+        case kCmdMapped:
+            for (const Addin& addin : addins_) {
+                if (::GetModuleHandleW(addin.path.c_str()) != nullptr)
+                    return true;
+            }
+            return false;
         default:
             return false;
     }
