@@ -87,6 +87,16 @@ TEST_F(BandTest, TallButtonKeepsTheBandLowAndNarrowBandOffersHiddenButtonsInItsM
     ASSERT_NE(nullptr, band);
     // A 60-pixel bitmap would push the client's bars apart.
     EXPECT_EQ(24, band_->min_cy());
+    // Drawn by us, each button still names itself to screen readers: its
+    // caption, else its tooltip.
+    auto text = [](HWND window) {
+        wchar_t buffer[64] = L"";
+        ::GetWindowTextW(window, buffer, 64);
+        return std::wstring(buffer);
+    };
+    EXPECT_EQ(L"logo", text(band_->button_window(0)));
+    EXPECT_EQ(L"Report Spam", text(band_->button_window(6)));
+    EXPECT_EQ(L">>", text(band_->overflow_window()));
     // Cloud feedback hidden by the installation: gone from both sub-menus.
     for (int sub : {0, 1}) {
         EXPECT_EQ(0xFFFFFFFFu, ::GetMenuState(::GetSubMenu(band_->logo_menu(), sub),
