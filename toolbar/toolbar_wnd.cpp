@@ -72,6 +72,11 @@ CToolBarWnd* CToolBarWnd::CreateToolBarWindow() {
 }
 
 void CToolBarWnd::OnStart() {
+    // Top-most so the scanning process's messages are never held up behind
+    // the client's windows; never moved or shown. Here rather than at its
+    // creation: a change of z-order is a round trip to the display server,
+    // which the load need not wait for.
+    ::SetWindowPos(hwnd(), HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     if (!m_actions->IsStarted())
         m_actions->Start();
     OnBuildUserInterface(0, 0);
@@ -84,12 +89,6 @@ void CToolBarWnd::OnFinalMessage(HWND) {
 bool CToolBarWnd::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
     result = 0;
     switch (msg) {
-        case WM_CREATE:
-            // Top-most so the scanning process's messages are never held up
-            // behind the client's windows; never moved or shown.
-            ::SetWindowPos(hwnd(), HWND_TOPMOST, 0, 0, 0, 0,
-                           SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
-            return true;
         case kMsgStart:
             OnStart();
             return true;

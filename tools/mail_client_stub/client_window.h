@@ -76,6 +76,7 @@ private:
     Host host_;
     CSizableRebar rebar_;
     HWND list_ = nullptr;
+    bool band_seen_ = false;
 };
 
 }  // namespace velk::tools

@@ -2,6 +2,7 @@
 // and the demo see the add-in load, build its band, follow the client's close
 // and unload. See tools/README.md for the command line.
 #include <windows.h>
+#include <ole2.h>
 #include <shellapi.h>
 
 #include <cstdio>
@@ -225,6 +226,9 @@ int ClientApp::Run() {
         return 1;
     }
     WriteIdentity();
+    // The real clients are OLE applications (drag and drop, the message
+    // store's COM objects): OLE is up before any add-in loads.
+    const HRESULT ole = ::OleInitialize(nullptr);
     if (options_.late_ms > 0) {
         LoadAddins();
         PumpFor(options_.late_ms);
@@ -235,6 +239,8 @@ int ClientApp::Run() {
     }
     if (!window_) {
         FreeAddins(L"free");
+        if (SUCCEEDED(ole))
+            ::OleUninitialize();
         return 1;
     }
     if (options_.exit_after_ms > 0) {
@@ -250,6 +256,8 @@ int ClientApp::Run() {
     // As the real client: the window is gone, then the add-ins are freed.
     if (options_.free_at_exit)
         FreeAddins(L"free");
+    if (SUCCEEDED(ole))
+        ::OleUninitialize();
     events_.Write(L"exit");
     return 0;
 }
