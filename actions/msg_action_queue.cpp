@@ -253,6 +253,11 @@ unsigned __stdcall CMsgActionQueue::ThreadFuncMsgProcess(void* arg) {
                     break;
             }
         }
+        const std::size_t undone = s.queues.m_ovMsgCopyDataForClone.Size() +
+                                   s.queues.m_ovMsgCopyDataForMove.Size() +
+                                   s.queues.m_ovMsgCopyDataForDelete.Size();
+        if (undone != 0)
+            VELK_LOG(L"!!! %u requests left undone at the stop", static_cast<unsigned>(undone));
         VELK_LOG(L"[ThreadFuncMsgProcess] OUT");
         // Wait to be told how to end: at once, after the handshake, or
         // keeping the module.
@@ -308,6 +313,7 @@ void CMsgActionQueue::Receive(const Record& record, Push push, HANDLE workEvent,
             return;
         }
         std::uint8_t retries = 0;
+        bool queued = false;
         do {
             ::SetEvent(workEvent);
             VELK_LOG(L"%s", fullLine);
@@ -315,7 +321,10 @@ void CMsgActionQueue::Receive(const Record& record, Push push, HANDLE workEvent,
                 break;
             if (++retries > kMaxFullRetries)
                 break;
-        } while (!push(record));
+            queued = push(record);
+        } while (!queued);
+        if (!queued)
+            VELK_LOG(L"!!! COPY_DATA: request dropped, its deque stayed full");
     }
     ::SetEvent(workEvent);
 }
