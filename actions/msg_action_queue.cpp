@@ -183,9 +183,9 @@ bool CMsgActionQueue::StopWith(bool for_unload) {
         if (for_unload) {
             // Made now, on this thread; no notice to the parent while it is
             // made, as the worker answers none (its destruction does notify).
-            HWND handshake = ::CreateWindowExW(WS_EX_NOPARENTNOTIFY, L"STATIC", nullptr, WS_CHILD,
-                                               0, 0, 0, 0, m_shared->anchor, nullptr, nullptr,
-                                               nullptr);
+            HWND handshake =
+                ::CreateWindowExW(WS_EX_NOPARENTNOTIFY, L"STATIC", nullptr, WS_CHILD, 0, 0, 0, 0,
+                                  m_shared->anchor, nullptr, nullptr, nullptr);
             if (handshake != nullptr) {
                 ::SetWindowLongPtrW(handshake, GWL_EXSTYLE, 0);
             } else {

@@ -45,7 +45,8 @@ TEST(StoreSlots, EveryContractMethodAnswersAtItsSlot) {
     store->Reset();
 
     void* mgr = nullptr;
-    ASSERT_EQ(S_OK, ::CoCreateInstance(kStoreClass, nullptr, CLSCTX_INPROC_SERVER, kFolderMgr, &mgr));
+    ASSERT_EQ(S_OK,
+              ::CoCreateInstance(kStoreClass, nullptr, CLSCTX_INPROC_SERVER, kFolderMgr, &mgr));
     void* folder = nullptr;
     ASSERT_EQ(S_OK, Slot(mgr, 13, ULONG(1), &folder));
     void* msg = nullptr;
@@ -83,12 +84,12 @@ TEST(StoreSlots, EveryContractMethodAnswersAtItsSlot) {
     std::vector<std::wstring> called;
     for (const std::wstring& line : store->JournalLines())
         called.push_back(line.substr(0, line.find(L'(')));
-    EXPECT_EQ((std::vector<std::wstring>{L"CreateInstance", L"GetFolder", L"GetFirstMessage",
-                                         L"GetNextMessage", L"GetMessage", L"PostProcess",
-                                         L"GetHeaderText", L"GetBodyHandle", L"SetPropById",
-                                         L"SetHeader", L"QueryHeader", L"Commit", L"Delete",
-                                         L"DeleteMessage", L"MoveMessage"}),
-              called);
+    EXPECT_EQ(
+        (std::vector<std::wstring>{
+            L"CreateInstance", L"GetFolder", L"GetFirstMessage", L"GetNextMessage", L"GetMessage",
+            L"PostProcess", L"GetHeaderText", L"GetBodyHandle", L"SetPropById", L"SetHeader",
+            L"QueryHeader", L"Commit", L"Delete", L"DeleteMessage", L"MoveMessage"}),
+        called);
     EXPECT_EQ(0, store->ContractViolations());
     EXPECT_EQ(0, store->LiveObjects());
 }

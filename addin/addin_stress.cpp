@@ -83,16 +83,15 @@ void SetString(const std::wstring& key_path, const wchar_t* name, const wchar_t*
 
 unique_handle Start(std::wstring cmd) {
     SECURITY_ATTRIBUTES sa{sizeof(sa), nullptr, TRUE};
-    static HANDLE nul = ::CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE, &sa, OPEN_EXISTING, 0,
-                                      nullptr);
+    static HANDLE nul =
+        ::CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &sa,
+                      OPEN_EXISTING, 0, nullptr);
     STARTUPINFOW si{};
     si.cb = sizeof(si);
     si.dwFlags = STARTF_USESTDHANDLES;
     si.hStdInput = si.hStdOutput = si.hStdError = nul;
     PROCESS_INFORMATION pi{};
-    if (!::CreateProcessW(nullptr, &cmd[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &si,
-                          &pi))
+    if (!::CreateProcessW(nullptr, &cmd[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &si, &pi))
         return unique_handle();
     ::CloseHandle(pi.hThread);
     return unique_handle(pi.hProcess);
@@ -256,8 +255,8 @@ int main() {
     ::SetEnvironmentVariableW(L"VELK_PROBE_COUNT", L"1");
     ::SetEnvironmentVariableW(L"VELK_PROBE_STORE_MEMORY", std::to_wstring(kMessages).c_str());
     ::SetEnvironmentVariableW(L"VELK_PROBE_FAULTS", std::to_wstring(seed).c_str());
-    unique_handle client = Start(client_command(
-        L"--addin \"" + probe + L"\" --addin \"" + addin + L"\"", events));
+    unique_handle client =
+        Start(client_command(L"--addin \"" + probe + L"\" --addin \"" + addin + L"\"", events));
     for (int i = 0; i < 250 && Band() == nullptr; ++i)
         ::Sleep(20);
     if (Band() == nullptr) {
@@ -273,19 +272,19 @@ int main() {
             const std::wstring script = root + L"script" + name;
             std::ofstream out(script.c_str());
             for (int i = 0; i < kRequestsPerSender / 2; ++i) {
-            const unsigned msg = 1 + Random(kMessages);
-            switch (Random(3)) {
-                case 0:
-                    out << "clone --folder 1 --msg " << msg << " --headers \"X-Stress: " << i
-                        << "\"\n";
-                    break;
-                case 1:
-                    out << "move --src 1 --dst 2 --msg " << msg << "\n";
-                    break;
-                default:
-                    out << "delete --folder " << 1 + Random(2) << " --msg " << msg << "\n";
-                    break;
-            }
+                const unsigned msg = 1 + Random(kMessages);
+                switch (Random(3)) {
+                    case 0:
+                        out << "clone --folder 1 --msg " << msg << " --headers \"X-Stress: " << i
+                            << "\"\n";
+                        break;
+                    case 1:
+                        out << "move --src 1 --dst 2 --msg " << msg << "\n";
+                        break;
+                    default:
+                        out << "delete --folder " << 1 + Random(2) << " --msg " << msg << "\n";
+                        break;
+                }
             }
             out.close();
             reports.push_back(root + L"report" + name);
@@ -363,18 +362,21 @@ int main() {
         gdi[i] -= cache[i];
     const std::string client_events = ReadAll(events);
 
-    std::printf("stress: %.1f s; %d requests delivered of %d, client closed after about %d; "
-                "%d interface actions\n",
-                seconds, sent, kSenders * kRequestsPerSender, close_at, actions);
-    std::printf("stress: carried out %d, dropped by the full-queue rule %d (after %d waits "
-                "on a full queue in all), refused after the stop %d, left undone at the stop %d\n",
-                processed, dropped, Count(log, "deque is full, waiting..."), refused, undone);
-    std::printf("stress: store objects alive %g, references %g; GDI objects %g before the "
-                "first half, %g after it (besides the system's DC cache, %g and %g); USER "
-                "objects %g and %g\n",
-                v["store_live_objects"], v["store_outstanding_refs"], counted ? gdi[0] : -1,
-                counted ? gdi[1] : -1, counted ? cache[0] : -1, counted ? cache[1] : -1,
-                counted ? user[0] : -1, counted ? user[1] : -1);
+    std::printf(
+        "stress: %.1f s; %d requests delivered of %d, client closed after about %d; "
+        "%d interface actions\n",
+        seconds, sent, kSenders * kRequestsPerSender, close_at, actions);
+    std::printf(
+        "stress: carried out %d, dropped by the full-queue rule %d (after %d waits "
+        "on a full queue in all), refused after the stop %d, left undone at the stop %d\n",
+        processed, dropped, Count(log, "deque is full, waiting..."), refused, undone);
+    std::printf(
+        "stress: store objects alive %g, references %g; GDI objects %g before the "
+        "first half, %g after it (besides the system's DC cache, %g and %g); USER "
+        "objects %g and %g\n",
+        v["store_live_objects"], v["store_outstanding_refs"], counted ? gdi[0] : -1,
+        counted ? gdi[1] : -1, counted ? cache[0] : -1, counted ? cache[1] : -1,
+        counted ? user[0] : -1, counted ? user[1] : -1);
     std::printf("stress: client exit code %lu, library %s at the client's FreeLibrary\n",
                 client_code,
                 client_events.find("mapped=0") != std::string::npos ? "unmapped" : "still mapped");

@@ -255,6 +255,9 @@ TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitch
     ASSERT_TRUE(WaitFor([&] { return (band = Band(Rebar(1))) != nullptr; })) << Events();
     // The band is in the rebar before its first layout has shown the buttons.
     ASSERT_TRUE(WaitFor([&] { return Visible(band, ID_TB_LOGO); }));
+    // Built after the load returned, never under the loader lock.
+    EXPECT_NE(std::string::npos, Events().find("VELK_OEA.dll ok ms=")) << Events();
+    EXPECT_EQ(std::string::npos, Events().find("band=1")) << Events();
     // Windows Mail: the second rebar, never the first.
     EXPECT_EQ(-1, BandIndex(Rebar(0)));
     EXPECT_GE(BandIndex(Rebar(1)), 0);

@@ -95,7 +95,8 @@ int UserObjects() {
     int n = 0;
     for (ULONG_PTR index = 0; index < 0x8000; ++index) {
         const ULONG_PTR handle = (index << 1) + 0x20;
-        n += ::IsWindow(reinterpret_cast<HWND>(handle)) || ::IsMenu(reinterpret_cast<HMENU>(handle));
+        n +=
+            ::IsWindow(reinterpret_cast<HWND>(handle)) || ::IsMenu(reinterpret_cast<HMENU>(handle));
     }
     return n;
 }
@@ -204,9 +205,8 @@ extern "C" void WINAPI SetOEBrowserWnd(HWND client) {
     // The hold's thread may outlive the client's FreeLibrary of the probe.
     if (!Env(L"VELK_PROBE_HOLD").empty()) {
         HMODULE self = nullptr;
-        ::GetModuleHandleExW(
-            GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-            reinterpret_cast<LPCWSTR>(&SetOEBrowserWnd), &self);
+        ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                             reinterpret_cast<LPCWSTR>(&SetOEBrowserWnd), &self);
     }
     Line("private_kb %.1f", (double(PrivateUsage()) - double(g_private_at_load)) / 1024.0);
     const std::wstring memory = Env(L"VELK_PROBE_STORE_MEMORY");

@@ -39,9 +39,9 @@ constexpr LPARAM kRetryLParam = 22222;
 constexpr UINT_PTR kBuildTimerId = 1;
 constexpr UINT kBuildRetryMs = 1000;
 // Private messages of this window to itself.
-constexpr UINT kMsgStart = WM_APP + 1;      // start the worker, first build
-constexpr UINT kMsgRunModal = WM_APP + 2;   // run the band's pending menu or dialog
-constexpr UINT kMsgBandLost = WM_APP + 3;   // the band's window went from under us
+constexpr UINT kMsgStart = WM_APP + 1;     // start the worker, first build
+constexpr UINT kMsgRunModal = WM_APP + 2;  // run the band's pending menu or dialog
+constexpr UINT kMsgBandLost = WM_APP + 3;  // the band's window went from under us
 
 class CToolBarWnd : public win32::Window, private IModalHost {
 public:

@@ -87,7 +87,9 @@ void ClientApp::LoadAddins() {
             events_.Write(L"load %s failed error=%lu ms=%.2f", path.c_str(), ::GetLastError(), ms);
             continue;
         }
-        events_.Write(L"load %s ok ms=%.2f", path.c_str(), ms);
+        // Whether the add-in put its band into the rebar while loading.
+        events_.Write(L"load %s ok ms=%.2f band=%d", path.c_str(), ms,
+                      window_ && window_->rebar().HasBand(kAddinBandId) ? 1 : 0);
         addins_.push_back(Addin{path, module});
     }
 }
