@@ -438,6 +438,8 @@ TEST_F(AddinWorld, OutlookExpressLateWindowIsHookedAndClosesCleanlyWithPerUserSt
     EXPECT_EQ(std::string::npos, closed.find("WM_NCDESTROY come in")) << closed;
     EXPECT_NE(std::string::npos, Events().find("VELK_OEA.dll ms=")) << Events();
     EXPECT_EQ(std::string::npos, Events().find("mapped=1")) << Events() << closed;
+    EXPECT_NE(std::string::npos, Events().find("unloaded VELK_OEA.dll thread=client windows=0"))
+        << Events();
 
     // A second start counts on; the user's own value outlives a changed preset.
     ::WritePrivateProfileStringW(L"General", L"ProtectLevel", L"1", UserIni().c_str());
@@ -486,6 +488,8 @@ TEST_F(AddinWorld, SecondCopyRefusesToLoadAndNarrowBandOverflows) {
 
 TEST_F(AddinWorld, ClosingTheToolbarWindowAfterTheClientsFreeLibraryUnloadsWithoutHarm) {
     PlayOutlookExpress();
+    ::WritePrivateProfileStringW(L"General", L"Debug", L"1", install_ini_.c_str());
+    ::SHCreateDirectoryExW(nullptr, (user_dir_ + L"log").c_str(), nullptr);
     StartClient(L"--mode oe --exit-after 60000");
     ASSERT_TRUE(WaitFor([&] { return Band(Rebar(0)) != nullptr; })) << Events();
     HWND main = MainWindow();
@@ -505,6 +509,17 @@ TEST_F(AddinWorld, ClosingTheToolbarWindowAfterTheClientsFreeLibraryUnloadsWitho
     ::PostMessageW(main, WM_CLOSE, 0, 0);
     EXPECT_EQ(0u, WaitClient()) << Events();
     EXPECT_NE(std::string::npos, Events().find("wm-ncdestroy")) << Events();
+    // Unmapped with no window of its own left behind, and the worker never
+    // had the client's thread wait for it: it ended with its request done.
+    EXPECT_NE(std::string::npos, Events().find("unloaded VELK_OEA.dll thread=other windows=0"))
+        << Events();
+    WIN32_FIND_DATAW found{};
+    HANDLE any = ::FindFirstFileW((user_dir_ + L"log\\VELKAgent*.log").c_str(), &found);
+    ASSERT_NE(INVALID_HANDLE_VALUE, any) << "no log";
+    ::FindClose(any);
+    const std::string log = ReadAll(user_dir_ + L"log\\" + found.cFileName);
+    EXPECT_NE(std::string::npos, log.find("[ThreadFuncMsgProcess] OUT")) << log;
+    EXPECT_EQ(std::string::npos, log.find("did not end within")) << log;
 }
 
 TEST_F(AddinWorld, MoveRequestReachesTheMailboxAlthoughTheClientUnloadsWhileTheWorkerIsBusy) {

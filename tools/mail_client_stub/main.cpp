@@ -3,6 +3,7 @@
 // and unload. See tools/README.md for the command line.
 #include <windows.h>
 #include <ole2.h>
+#include <winternl.h>
 #include <shellapi.h>
 
 #include <cstdio>
@@ -20,6 +21,65 @@
 namespace velk::tools {
 namespace {
 
+// The loader's unload notice (ntdll, Vista and later, looked up at run time):
+// the stand-in notes on which thread an add-in was unloaded and how many
+// windows with a procedure inside its image were still alive then. Any is a
+// crash waiting for the next message to such a window.
+struct UnloadedDll {
+    ULONG flags;
+    const void* full_name;
+    const UNICODE_STRING* base_name;
+    void* base;
+    ULONG size;
+};
+using DllNotification = void(CALLBACK*)(ULONG reason, const UnloadedDll* data, void* context);
+using RegisterDllNotification = LONG(NTAPI*)(ULONG, DllNotification, void*, void**);
+using UnregisterDllNotification = LONG(NTAPI*)(void*);
+
+struct UnloadWatch {
+    EventLog* events = nullptr;
+    DWORD client_thread = 0;
+    const void* base = nullptr;
+    const void* end = nullptr;
+    int alive = 0;
+};
+
+BOOL CALLBACK CountAddinWindows(HWND hwnd, LPARAM lp) {
+    auto* watch = reinterpret_cast<UnloadWatch*>(lp);
+    for (const void* proc :
+         {reinterpret_cast<const void*>(::GetClassLongPtrW(hwnd, GCLP_WNDPROC)),
+          reinterpret_cast<const void*>(::GetWindowLongPtrW(hwnd, GWLP_WNDPROC))}) {
+        if (proc >= watch->base && proc < watch->end) {
+            ++watch->alive;
+            break;
+        }
+    }
+    return TRUE;
+}
+
+BOOL CALLBACK CountInTree(HWND hwnd, LPARAM lp) {
+    CountAddinWindows(hwnd, lp);
+    ::EnumChildWindows(hwnd, &CountAddinWindows, lp);
+    return TRUE;
+}
+
+void CALLBACK OnDllNotification(ULONG reason, const UnloadedDll* data, void* context) {
+    constexpr ULONG kUnloaded = 2;
+    auto* watch = static_cast<UnloadWatch*>(context);
+    if (reason != kUnloaded || data == nullptr || data->base_name == nullptr)
+        return;
+    const std::wstring name(data->base_name->Buffer, data->base_name->Length / sizeof(wchar_t));
+    if (name.size() < 4 || _wcsicmp(name.c_str() + name.size() - 4, L".dll") != 0)
+        return;
+    watch->base = data->base;
+    watch->end = static_cast<const char*>(data->base) + data->size;
+    watch->alive = 0;
+    ::EnumThreadWindows(watch->client_thread, &CountInTree, reinterpret_cast<LPARAM>(watch));
+    watch->events->Write(L"unloaded %s thread=%s windows=%d", name.c_str(),
+                         ::GetCurrentThreadId() == watch->client_thread ? L"client" : L"other",
+                         watch->alive);
+}
+
 struct Addin {
     std::wstring path;
     HMODULE module = nullptr;
@@ -28,6 +88,14 @@ struct Addin {
 class ClientApp {
 public:
     explicit ClientApp(ClientOptions options) : options_(std::move(options)) {}
+    // Unloads at the process's end are not the add-in's doing, and the log
+    // is gone by then.
+    ~ClientApp() {
+        auto unreg = reinterpret_cast<UnregisterDllNotification>(reinterpret_cast<void*>(
+            ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "LdrUnregisterDllNotification")));
+        if (unreg != nullptr && unload_cookie_ != nullptr)
+            unreg(unload_cookie_);
+    }
 
     int Run();
 
@@ -44,6 +112,8 @@ private:
 
     ClientOptions options_;
     EventLog events_;
+    UnloadWatch unload_watch_;
+    void* unload_cookie_ = nullptr;
     std::vector<Addin> addins_;
     std::unique_ptr<CClientWindow> window_;
     std::size_t next_step_ = 0;
@@ -79,6 +149,14 @@ void ClientApp::WriteIdentity() {
 }
 
 void ClientApp::LoadAddins() {
+    if (unload_cookie_ == nullptr) {
+        unload_watch_.events = &events_;
+        unload_watch_.client_thread = ::GetCurrentThreadId();
+        auto reg = reinterpret_cast<RegisterDllNotification>(reinterpret_cast<void*>(
+            ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "LdrRegisterDllNotification")));
+        if (reg != nullptr)
+            reg(0, &OnDllNotification, &unload_watch_, &unload_cookie_);
+    }
     for (const std::wstring& path : options_.addins) {
         const double t0 = events_.Now();
         HMODULE module = ::LoadLibraryW(path.c_str());
