@@ -5,6 +5,7 @@
 #   make bench   run the benchmarks (figures on stdout and in build/bench.txt)
 #   make fuzz    run every libFuzzer target for FUZZ_SECONDS (default 60)
 #   make demo    the main job: the add-in in the mail-client stand-in, scripted session
+#   make stress  the add-in under load in the stand-ins (STRESS_SEED=n repeats a run)
 #   make format  clang-format every source file in place
 
 BUILD ?= build
@@ -18,7 +19,7 @@ NAT := $(BUILD)/native
 FZ := $(BUILD)/fuzz
 NB := $(BUILD)/native-bench
 
-.PHONY: all test dist bench fuzz demo format format-check bootstrap \
+.PHONY: all test dist bench fuzz demo stress format format-check bootstrap \
         windows native clean
 
 all: windows native
@@ -59,6 +60,11 @@ bench: windows bootstrap $(NB)/CMakeCache.txt
 fuzz: bootstrap $(FZ)/CMakeCache.txt
 	cmake --build $(FZ) --target fuzz_all -j$(JOBS)
 	scripts/run-fuzz.sh $(FZ) $(FUZZ_SECONDS)
+
+# Builds only what the run needs, then runs it; not part of `make test`.
+stress: bootstrap $(WIN)/CMakeCache.txt
+	cmake --build $(WIN) --target dist addin_stress -j$(JOBS)
+	VELK_WINE_TIMEOUT=900 scripts/wine-session.sh $(WIN) scripts/wine-run.sh $(WIN)/addin/addin_stress.exe
 
 # Builds only what the run needs (the staged installation, the stand-ins,
 # the driver), then runs it; DEMO_MODE=oe|wmail picks the client's mode.

@@ -39,13 +39,8 @@ protected:
         window.Send(COPYDATA_CLONE_MSG, Clone(1, 1));
         ASSERT_TRUE(store->WaitUntilHeld(10000));
     }
-    // A stop signal that arrives while a drain is between two requests is
-    // taken by the drain's poll and the worker runs on (tested below); tests
-    // that expect the worker to end let it reach its idle wait first.
-    bool StopWhenIdle() {
-        ::Sleep(200);
-        return queue.Stop();
-    }
+    // The worker ends after the request it is on, whenever the stop comes.
+    bool StopWhenIdle() { return queue.Stop(); }
     int Commits() { return store.Calls(L"Commit"); }
 
     win32::com_apartment apartment;
@@ -120,7 +115,26 @@ TEST_F(ActionQueue, FullDequeKeepsTheSenderTwentyOneWaitsThenDropsAndReleaseDrai
     }
 }
 
-TEST_F(ActionQueue, StopSignalEndsTheSendersWaitAtOnceAndIsConsumedByIt) {
+TEST_F(ActionQueue, FullDequeAcceptsTheRequestOnceTheWorkerDrainsDuringTheWait) {
+    const char* full = "!!! COPY_DATA: m_ovMsgCopyDataForClone deque is full, waiting...";
+    PutMessages(53);
+    StartHeld();
+    for (ULONG i = 2; i <= 52; ++i)
+        window.Send(COPYDATA_CLONE_MSG, Clone(1, i));
+    std::thread releaser([&] {
+        WaitFor([&] { return log.Has(full); });
+        store->ReleaseHold();
+    });
+    window.Send(COPYDATA_CLONE_MSG, Clone(1, 53));
+    releaser.join();
+    const int waits = log.Count(full);
+    EXPECT_GE(waits, 1);
+    EXPECT_LT(waits, 21) << "given up instead of accepted";
+    ASSERT_TRUE(WaitFor([&] { return Commits() == 53; }));
+    EXPECT_EQ(1, store.Calls(L"GetMessage(53)"));
+}
+
+TEST_F(ActionQueue, StopEndsTheSendersWaitAtOnceAndTheWorkerAfterTheRequestItIsOn) {
     PutMessages(53);
     StartHeld();
     for (ULONG i = 2; i <= 52; ++i)
@@ -136,25 +150,34 @@ TEST_F(ActionQueue, StopSignalEndsTheSendersWaitAtOnceAndIsConsumedByIt) {
     const int waits = log.Count("!!! COPY_DATA: m_ovMsgCopyDataForClone deque is full");
     EXPECT_GE(waits, 1);
     EXPECT_LT(waits, 21);
-    // The sender's wait took the signal: the worker never sees it and drains
-    // every queued request once the store lets go.
+    // The sender's wait took the signal, yet the stop holds: the worker
+    // finishes the request it is on and ends; the queued ones stay undone.
     store->ReleaseHold();
-    ASSERT_TRUE(WaitFor([&] { return Commits() == 52; }));
-    EXPECT_FALSE(log.Has("[ThreadFuncMsgProcess] OUT"));
+    ASSERT_TRUE(WaitFor([&] { return log.Has("[ThreadFuncMsgProcess] OUT"); }));
+    EXPECT_EQ(1, Commits());
 }
 
-TEST_F(ActionQueue, StopSignalTakenByADrainPollLeavesTheWorkerRunning) {
+TEST_F(ActionQueue, StopDuringADrainEndsTheWorkerAfterTheRequestItIsOn) {
     PutMessages(5);
     StartHeld();
     for (ULONG i = 2; i <= 4; ++i)
         window.Send(COPYDATA_CLONE_MSG, Clone(1, i));
     queue.RequestStop();
     store->ReleaseHold();
-    // The poll after request 1 clears the signal; the next pass goes on.
-    ASSERT_TRUE(WaitFor([&] { return Commits() == 4; }));
-    window.Send(COPYDATA_CLONE_MSG, Clone(1, 5));
-    ASSERT_TRUE(WaitFor([&] { return Commits() == 5; }));
-    EXPECT_FALSE(log.Has("[ThreadFuncMsgProcess] OUT"));
+    // The drain's poll after request 1 takes the signal and the worker ends.
+    ASSERT_TRUE(WaitFor([&] { return log.Has("[ThreadFuncMsgProcess] OUT"); }));
+    EXPECT_EQ(1, Commits());
+}
+
+TEST_F(ActionQueue, WithoutARunningWorkerEveryRequestIsRefusedAtOnceWithOneLine) {
+    PutMessages(1);
+    ASSERT_TRUE(queue.Start());
+    ASSERT_TRUE(StopWhenIdle());
+    for (int i = 0; i < 60; ++i)
+        EXPECT_EQ(FALSE, window.Send(COPYDATA_MOVE_MSG, Move(1, 2, 1, 1, 0)));
+    EXPECT_EQ(60, log.Count("!!! COPY_DATA: the message worker is not running, request refused"));
+    EXPECT_EQ(0, log.Count("deque is full"));
+    EXPECT_TRUE(queue.Queues().m_ovMsgCopyDataForMove.Empty());
 }
 
 TEST_F(ActionQueue, AllSpamDeleteRunsInsideTheReceiptEvenWhileTheWorkerIsHeld) {
@@ -181,21 +204,21 @@ TEST_F(ActionQueue, StartAndStopRepeatAndAStopThatGivesUpLeavesTheWorkerSafe) {
     EXPECT_FALSE(queue.IsStarted());
 
     // Held in the store, the worker cannot end within 3000 ms: the handles
-    // are closed anyway, and a request now finds no worker but no harm.
+    // are closed anyway, and a request now is refused without harm.
     StartHeld();
     window.Send(COPYDATA_CLONE_MSG, Clone(1, 2));
     EXPECT_FALSE(queue.Stop());
     EXPECT_TRUE(log.Has("!!! ThreadFuncMsgProcess did not end within 3000 ms"));
     EXPECT_EQ(FALSE, window.Send(COPYDATA_CLONE_MSG, Clone(1, 3)));
-    // The stopped-out worker goes on with its own state and handles (its
-    // drain poll took the stop signal), through everything in its deque.
+    // The stopped-out worker finishes the request it was on, with its own
+    // state and handles, and ends.
     store->ReleaseHold();
-    ASSERT_TRUE(WaitFor([&] { return Commits() == 4; }));
-    // A fresh start gets fresh events and deques; the old worker never hears
-    // of this request.
+    ASSERT_TRUE(WaitFor([&] { return log.Count("[ThreadFuncMsgProcess] OUT") == 2; }));
+    EXPECT_EQ(2, Commits());
+    // A fresh start gets fresh events and deques.
     ASSERT_TRUE(queue.Start());
     window.Send(COPYDATA_CLONE_MSG, Clone(1, 4));
-    ASSERT_TRUE(WaitFor([&] { return Commits() == 5; }));
+    ASSERT_TRUE(WaitFor([&] { return Commits() == 3; }));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The process-wide state of one loaded add-in, in one place: the folders
-// fixed at start-up and by the per-user start, the one toolbar window and
-// band, the shared string loader and the language module.
+// fixed at start-up and by the per-user start, the shared string loader and
+// the language module. The toolbar window and its band are the toolbar's
+// own business (CToolBarWnd::Instance()).
 //
 // Everything here is touched on the client's user-interface thread only.
 #pragma once
@@ -12,11 +13,6 @@
 #include "common_src/win32/QzResourceStringLoader.h"
 #include "settings/settings_paths.h"
 
-namespace velk::toolbar {
-class CToolBarWnd;
-class CToolBarBand;
-}  // namespace velk::toolbar
-
 namespace velk::host {
 
 struct AddinGlobals {
@@ -24,10 +20,6 @@ struct AddinGlobals {
     // data folder; user_dir and user_ini follow the client's identity.
     settings::SettingsLocations where;
     std::wstring user_id;
-
-    toolbar::CToolBarWnd* toolbar = nullptr;  // owned by its window
-    toolbar::CToolBarBand* band = nullptr;    // owned by the toolbar window
-    HWND browser_from_export = nullptr;       // SetOEBrowserWnd, not relied on
 
     // Dialogs, menus and bitmaps come from the language module; null falls
     // back to the add-in itself (tests that run without one).

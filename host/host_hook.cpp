@@ -1,6 +1,7 @@
 #include "host/host_hook.h"
 
-#include "common_src/win32/window_subclass.h"
+#include <commctrl.h>
+
 #include "host/com_util_set.h"
 #include "host/window_identifiers.h"
 #include "log/diag_log.h"
@@ -23,7 +24,9 @@ bool CHostHook::WindowsMail() noexcept {
 }
 
 void CHostHook::ResetForTest() noexcept {
-    *this = CHostHook();
+    Unhook();
+    wmail_ = -1;
+    ready_ = false;
 }
 
 void CHostHook::SetReady() noexcept {
@@ -33,46 +36,34 @@ void CHostHook::SetReady() noexcept {
 
 int CHostHook::OnHookOE(HWND window) noexcept {
     VELK_LOG(L"@@@ OnHookOE IN");
-    if (previous_ == nullptr && window != nullptr) {
-        previous_ = win32::ReadWindowProc(window);
-        if (previous_ == nullptr)
-            return 0;
-        if (win32::ReplaceWindowProc(window, &CHostHook::HostWndProc) == nullptr)
-            return 0;
-        hooked_ = window;
-    }
+    if (!attached() && window != nullptr && !Attach(window))
+        return 0;
     VELK_LOG(L"@@@ OnHookOE OUT");
     return 1;
 }
 
 LRESULT CHostHook::OnUnhookWMail() noexcept {
-    if (WindowsMail() && previous_ != nullptr && hooked_ != nullptr) {
-        win32::ReplaceWindowProc(hooked_, previous_);
-        previous_ = nullptr;
-        hooked_ = nullptr;
-    }
+    if (WindowsMail())
+        Unhook();
     return 0;
 }
 
-bool CHostHook::RestoreBeforeUnload() noexcept {
-    if (previous_ == nullptr || hooked_ == nullptr)
+bool CHostHook::Unhook() noexcept {
+    HWND window = hwnd();
+    if (window == nullptr)
         return false;
-    HWND window = hooked_;
-    WNDPROC previous = previous_;
-    hooked_ = nullptr;
-    previous_ = nullptr;
-    if (!::IsWindow(window) || win32::ReadWindowProc(window) != &CHostHook::HostWndProc) {
+    if (::IsWindow(window) &&
+        ::GetWindowThreadProcessId(window, nullptr) != ::GetCurrentThreadId()) {
+        VELK_LOG(L"!!! the client window can only be unhooked on its own thread");
         return false;
     }
-    VELK_LOG(L"!!! the client window is still hooked at unload, restoring its procedure");
-    return win32::ReplaceWindowProc(window, previous) != nullptr;
+    Detach();
+    return true;
 }
 
-LRESULT CHostHook::PassOn(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) const {
-    // CallWindowProcW: the client's procedure may be an ANSI one.
-    if (previous_ != nullptr)
-        return ::CallWindowProcW(previous_, hwnd, msg, wp, lp);
-    return ::DefWindowProcW(hwnd, msg, wp, lp);
+void LeaveWithClient() noexcept {
+    if (HWND toolbar = ::FindWindowW(kToolBarWindowClass, nullptr))
+        ::SendMessageW(toolbar, WM_CLOSE, 0, 0);
 }
 
 LRESULT CHostHook::OnClose(HWND hwnd, WPARAM wp, LPARAM lp) {
@@ -86,34 +77,36 @@ LRESULT CHostHook::OnClose(HWND hwnd, WPARAM wp, LPARAM lp) {
             VELK_LOG(L"@@@ Error : find oea failed when close oe");
         }
     }
-    if (previous_ == nullptr) {
-        VELK_LOG(L"@@@ Proc is NULL");
-        return PassOn(hwnd, WM_CLOSE, wp, lp);
-    }
-    if (win32::ReplaceWindowProc(hooked_, previous_) == nullptr) {
+    // Off before the client's procedure sees the close: nothing the window
+    // does from here on reaches the add-in. The call below still goes on to
+    // the next procedure in the chain.
+    Detach();
+    if (SubclassedWindow::FromHandle(hwnd) == nullptr)
+        VELK_LOG(L"@@@ WndProc Set back OK");
+    else
         VELK_LOG(L"@@@ Error : set the old oe winproc failed");
-        return PassOn(hwnd, WM_CLOSE, wp, lp);
-    }
-    VELK_LOG(L"@@@ WndProc Set back OK");
-    const WNDPROC previous = previous_;
-    const LRESULT result = ::CallWindowProcW(previous, hwnd, WM_CLOSE, wp, lp);
-    hooked_ = nullptr;
-    previous_ = nullptr;
+    const LRESULT result = ::DefSubclassProc(hwnd, WM_CLOSE, wp, lp);
+    // The client destroyed its window: the add-in goes with it. (A client
+    // that stays open keeps the add-in, without band and hook.)
+    if (!::IsWindow(hwnd))
+        LeaveWithClient();
     return result;
 }
 
-LRESULT CALLBACK CHostHook::HostWndProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
-    CHostHook& hook = Instance();
-    try {
-        if (msg == WM_CLOSE)
-            return hook.OnClose(hwnd, wp, lp);
-        if (msg == WM_NCDESTROY)
+bool CHostHook::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
+    switch (msg) {
+        case WM_CLOSE:
+            result = OnClose(hwnd(), wp, lp);
+            return true;
+        case WM_DESTROY:
+            // Destroyed without a close we saw: leave before the children go.
+            LeaveWithClient();
+            return false;
+        case WM_NCDESTROY:
             VELK_LOG(L"@@@ OE WM_NCDESTROY come in");
-        return hook.PassOn(hwnd, msg, wp, lp);
-    } catch (...) {
-        // Nothing of ours may end the client's message loop.
-        VELK_LOG(L"@@@ Error : exception in HostWndProc, message 0x%04x", msg);
-        return hook.PassOn(hwnd, msg, wp, lp);
+            return false;
+        default:
+            return false;
     }
 }
 

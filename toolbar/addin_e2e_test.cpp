@@ -255,6 +255,9 @@ TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitch
     ASSERT_TRUE(WaitFor([&] { return (band = Band(Rebar(1))) != nullptr; })) << Events();
     // The band is in the rebar before its first layout has shown the buttons.
     ASSERT_TRUE(WaitFor([&] { return Visible(band, ID_TB_LOGO); }));
+    // Built after the load returned, never under the loader lock.
+    EXPECT_NE(std::string::npos, Events().find("VELK_OEA.dll ok ms=")) << Events();
+    EXPECT_EQ(std::string::npos, Events().find("band=1")) << Events();
     // Windows Mail: the second rebar, never the first.
     EXPECT_EQ(-1, BandIndex(Rebar(0)));
     EXPECT_GE(BandIndex(Rebar(1)), 0);
@@ -376,9 +379,13 @@ TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitch
     EXPECT_EQ(bands, ::SendMessageW(Rebar(1), RB_GETBANDCOUNT, 0, 0));
     EXPECT_GE(BandIndex(Rebar(1)), 0);
 
+    // The client's window closing takes the band with it, and the add-in
+    // leaves too: the client's FreeLibrary then unmaps it at once.
     ::PostMessageW(main, WM_CLOSE, 0, 0);
     EXPECT_EQ(0u, WaitClient());
     EXPECT_NE(std::string::npos, Events().find(" ok ms=")) << Events();
+    EXPECT_NE(std::string::npos, Events().find("VELK_OEA.dll ms=")) << Events();
+    EXPECT_EQ(std::string::npos, Events().find("mapped=1")) << Events();
 }
 
 TEST_F(AddinWorld, OutlookExpressLateWindowIsHookedAndClosesCleanlyWithPerUserStart) {
@@ -422,8 +429,17 @@ TEST_F(AddinWorld, OutlookExpressLateWindowIsHookedAndClosesCleanlyWithPerUserSt
 
     ::PostMessageW(MainWindow(), WM_CLOSE, 0, 0);
     EXPECT_EQ(0u, WaitClient());
-    // The band was gone and the client's procedure back before it saw WM_CLOSE.
-    EXPECT_NE(std::string::npos, Events().find("wm-close band=0 hooked=0")) << Events();
+    // The band was gone and the hook off before the client saw WM_CLOSE, which
+    // reached only the client from then on; the add-in left with the window,
+    // so the client's FreeLibrary unmapped it.
+    EXPECT_NE(std::string::npos, Events().find("wm-close band=0")) << Events();
+    const std::string closed = ReadAll(user_dir_ + L"log\\" + found.cFileName);
+    EXPECT_NE(std::string::npos, closed.find("@@@ WndProc Set back OK")) << closed;
+    EXPECT_EQ(std::string::npos, closed.find("WM_NCDESTROY come in")) << closed;
+    EXPECT_NE(std::string::npos, Events().find("VELK_OEA.dll ms=")) << Events();
+    EXPECT_EQ(std::string::npos, Events().find("mapped=1")) << Events() << closed;
+    EXPECT_NE(std::string::npos, Events().find("unloaded VELK_OEA.dll thread=client windows=0"))
+        << Events();
 
     // A second start counts on; the user's own value outlives a changed preset.
     ::WritePrivateProfileStringW(L"General", L"ProtectLevel", L"1", UserIni().c_str());
@@ -468,6 +484,42 @@ TEST_F(AddinWorld, SecondCopyRefusesToLoadAndNarrowBandOverflows) {
     EXPECT_LT(::GetTickCount() - before, 3000u);
     ::PostMessageW(MainWindow(), WM_CLOSE, 0, 0);
     EXPECT_EQ(0u, WaitClient()) << Events();
+}
+
+TEST_F(AddinWorld, ClosingTheToolbarWindowAfterTheClientsFreeLibraryUnloadsWithoutHarm) {
+    PlayOutlookExpress();
+    ::WritePrivateProfileStringW(L"General", L"Debug", L"1", install_ini_.c_str());
+    ::SHCreateDirectoryExW(nullptr, (user_dir_ + L"log").c_str(), nullptr);
+    StartClient(L"--mode oe --exit-after 60000");
+    ASSERT_TRUE(WaitFor([&] { return Band(Rebar(0)) != nullptr; })) << Events();
+    HWND main = MainWindow();
+    // The client lets go while the add-in runs: the worker's reference keeps
+    // it mapped, band and hook working.
+    EXPECT_EQ(1, ::SendMessageW(main, WM_APP + 4, 0, 0));
+    EXPECT_EQ(1, ::SendMessageW(main, WM_APP + 5, 0, 0)) << "unmapped while running";
+    // Now its last reference goes with the toolbar window (the scanning
+    // process may close it): the worker ends, and the library is unmapped
+    // with the client's thread out of its code, the client running on.
+    HWND toolbar = ::FindWindowW(velk::host::kToolBarWindowClass, nullptr);
+    ASSERT_NE(nullptr, toolbar);
+    ::SendMessageW(toolbar, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(WaitFor([&] { return ::SendMessageW(main, WM_APP + 5, 0, 0) == 0; }));
+    EXPECT_EQ(nullptr, ::FindWindowW(velk::host::kToolBarWindowClass, nullptr));
+    EXPECT_EQ(-1, BandIndex(Rebar(0)));
+    ::PostMessageW(main, WM_CLOSE, 0, 0);
+    EXPECT_EQ(0u, WaitClient()) << Events();
+    EXPECT_NE(std::string::npos, Events().find("wm-ncdestroy")) << Events();
+    // Unmapped with no window of its own left behind, and the worker never
+    // had the client's thread wait for it: it ended with its request done.
+    EXPECT_NE(std::string::npos, Events().find("unloaded VELK_OEA.dll thread=other windows=0"))
+        << Events();
+    WIN32_FIND_DATAW found{};
+    HANDLE any = ::FindFirstFileW((user_dir_ + L"log\\VELKAgent*.log").c_str(), &found);
+    ASSERT_NE(INVALID_HANDLE_VALUE, any) << "no log";
+    ::FindClose(any);
+    const std::string log = ReadAll(user_dir_ + L"log\\" + found.cFileName);
+    EXPECT_NE(std::string::npos, log.find("[ThreadFuncMsgProcess] OUT")) << log;
+    EXPECT_EQ(std::string::npos, log.find("did not end within")) << log;
 }
 
 TEST_F(AddinWorld, MoveRequestReachesTheMailboxAlthoughTheClientUnloadsWhileTheWorkerIsBusy) {

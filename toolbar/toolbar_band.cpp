@@ -4,13 +4,14 @@
 
 #include <string>
 
+#include "common_src/win32/companion.h"
 #include "host/addin_globals.h"
 #include "host/window_identifiers.h"
 #include "log/diag_log.h"
 #include "resources/resource_ids.h"
 #include "settings/ini_profile.h"
 #include "settings/settings_access.h"
-#include "statistics/statistics_dlg.h"
+#include "toolbar/settings_commands.h"
 
 namespace velk::toolbar {
 
@@ -20,15 +21,6 @@ using settings::Key;
 namespace {
 
 constexpr wchar_t kOverflowCaption[] = L">>";
-
-// While the settings sheet is open the band's commands wait for it.
-bool SettingsSheetOpen() {
-    return ::FindWindowW(nullptr, host::kSettingsSheetWindowTitle) != nullptr;
-}
-
-HWND CompanionWindow() {
-    return ::FindWindowW(nullptr, host::kCompanionWindowTitle);
-}
 
 bool ShowCloudFeedback(settings::Profile& profile) {
     return settings::ReadInt(profile, Key::ShowCRXButton) != 0;
@@ -40,16 +32,11 @@ bool Shown(HWND window) {
     return (::GetWindowLongPtrW(window, GWL_STYLE) & WS_VISIBLE) != 0;
 }
 
-void PopUpUnder(HMENU menu, HWND button, HWND owner) {
-    RECT r{};
-    ::GetWindowRect(button, &r);
-    ::TrackPopupMenu(menu, TPM_RIGHTBUTTON, r.left, r.bottom, 0, owner, nullptr);
-}
-
 }  // namespace
 
-CToolBarBand::CToolBarBand(const ToolBarButtonRecord* records, int count, bool wmail, HBITMAP arrow)
-    : m_records(records), m_nCount(count), m_theme(wmail, arrow) {
+CToolBarBand::CToolBarBand(const ToolBarButtonRecord* records, int count, bool wmail, HBITMAP arrow,
+                           IModalHost* host)
+    : m_records(records), m_nCount(count), m_theme(wmail, arrow), m_host(host) {
     m_commands = {
         {ID_TB_MENU_BUTTON, &CToolBarBand::OnMenuButton},
         {ID_TB_LOGO, &CToolBarBand::OnLogo},
@@ -57,12 +44,6 @@ CToolBarBand::CToolBarBand(const ToolBarButtonRecord* records, int count, bool w
         {ID_MENU_ENABLE_TOOLBAR, &CToolBarBand::OnEnableToolbar},
         {ID_MENU_HELP, &CToolBarBand::OnHelp},
         {ID_TB_OVERFLOW, &CToolBarBand::OnOverflowMenu},
-        // Their dialogs arrive with the settings user interface.
-        {ID_MENU_FILTERING_SETTINGS, &CToolBarBand::OnDialogLater},
-        {ID_MENU_STATISTICS, &CToolBarBand::OnStatistics},
-        {ID_MENU_UPDATES, &CToolBarBand::OnDialogLater},
-        {ID_MENU_CLOUD_FEEDBACK, &CToolBarBand::OnDialogLater},
-        {ID_MENU_ABOUT, &CToolBarBand::OnDialogLater},
     };
 }
 
@@ -102,6 +83,11 @@ bool CToolBarBand::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& resul
         case WM_CTLCOLORDLG:
             result = reinterpret_cast<LRESULT>(m_brush.get());
             return true;
+        case WM_DESTROY:
+            // The band's own deletion detaches it first: this is someone else.
+            if (m_onLost)
+                m_onLost();
+            return false;
         default:
             return false;
     }
@@ -157,6 +143,12 @@ void CToolBarBand::OnSize(int cx, int cy) {
         HWND button = button_window(i);
         if (button == nullptr)
             continue;
+        if ((i == kReportSpamIndex && m_bReportFP) || (i == kReportFpIndex && !m_bReportFP)) {
+            // The report pair shares one place: the hidden one takes no room,
+            // so the one shown sits where Report Spam sits.
+            ::ShowWindow(button, SW_HIDE);
+            continue;
+        }
         RECT r{};
         ::GetClientRect(button, &r);
         const int w = r.right - r.left;
@@ -169,9 +161,6 @@ void CToolBarBand::OnSize(int cx, int cy) {
         ::SetWindowPos(button, nullptr, x, 0, 0, 0,
                        SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_SHOWWINDOW);
         x += w;
-        // Only one report button shows; the hidden one keeps its place.
-        if ((i == kReportSpamIndex && m_bReportFP) || (i == kReportFpIndex && !m_bReportFP))
-            ::ShowWindow(button, SW_HIDE);
     }
     HWND more = overflow_window();
     if (more == nullptr)
@@ -188,6 +177,10 @@ void CToolBarBand::OnSize(int cx, int cy) {
 bool CToolBarBand::OnCommand(WPARAM wp, LPARAM lp) {
     const WORD id = LOWORD(wp);
     auto handler = m_commands.find(id);
+    if (IsSettingsCommand(id)) {
+        OnSettingsCommand(id);
+        return true;
+    }
     if (handler == m_commands.end() && id >= ID_TB_POST_USER14 && id <= ID_TB_POST_USER19) {
         static const UINT kForwarded[] = {WM_USER + 14, WM_USER + 15, WM_USER + 17, WM_USER + 18,
                                           WM_USER + 19};
@@ -227,22 +220,32 @@ void CToolBarBand::TrimLogoMenuOnFirstPopup() {
     }
 }
 
-void CToolBarBand::OnMenuButton() {
-    if (!m_menu)
-        return;
+int CToolBarBand::logo_submenu() const noexcept {
+    return m_bEnabled ? LOGO_SUBMENU_BUTTONS_ENABLED : LOGO_SUBMENU_BUTTONS_DISABLED;
+}
+
+win32::unique_hmenu CToolBarBand::LendLogoMenu() {
     TrimLogoMenuOnFirstPopup();
-    HMENU sub = ::GetSubMenu(
-        m_menu.get(), m_bEnabled ? LOGO_SUBMENU_BUTTONS_ENABLED : LOGO_SUBMENU_BUTTONS_DISABLED);
-    PopUpUnder(sub, button_window(1), hwnd());
+    return std::move(m_menu);
+}
+
+void CToolBarBand::OnMenuButton() {
+    if (m_menu && m_host)
+        m_host->RequestModal(ModalKind::kLogoMenu, 0);
+}
+
+void CToolBarBand::OnSettingsCommand(WORD command) {
+    // While the scanning process's own settings window is open, ours wait.
+    if (m_host && !win32::companion::CompanionSettingsOpen())
+        m_host->RequestModal(ModalKind::kSettingsWindow, command);
 }
 
 void CToolBarBand::OnLogo() {
     if (::GetKeyState(VK_SHIFT) < 0) {
-        if (HWND companion = CompanionWindow())
-            ::PostMessageW(companion, WM_USER + 29, 0, 0);
+        win32::companion::Post(WM_USER + 29);
         return;
     }
-    if (SettingsSheetOpen())
+    if (win32::companion::CompanionSettingsOpen())
         return;
     settings::IniProfile profile(Globals().where);
     std::wstring site = settings::ReadText(profile, Key::WebSiteForLogo);
@@ -252,24 +255,21 @@ void CToolBarBand::OnLogo() {
 }
 
 void CToolBarBand::PostToCompanion(UINT message) const {
-    if (SettingsSheetOpen())
-        return;
-    if (HWND companion = CompanionWindow())
-        ::PostMessageW(companion, message, 0, 0);
+    if (!win32::companion::CompanionSettingsOpen())
+        win32::companion::Post(message);
 }
 
 void CToolBarBand::OnDisableToolbar() {
     settings::IniProfile profile(Globals().where);
     settings::WriteText(profile, Key::EnableTBar, L"0");
-    if (HWND companion = CompanionWindow())
-        ::PostMessageW(companion, WM_USER + 45, 0, 0);
+    win32::companion::Post(WM_USER + 45);
     EnableButtons(false);
 }
 
 void CToolBarBand::OnEnableToolbar() {
     settings::IniProfile profile(Globals().where);
     settings::WriteText(profile, Key::EnableTBar, L"1");
-    if (CompanionWindow() == nullptr) {
+    if (win32::companion::FindWindow() == nullptr) {
         const std::wstring& folder = Globals().where.install_dir;
         wchar_t command[3 * MAX_PATH];
         ::_snwprintf_s(command, _countof(command), _TRUNCATE, L"\"%s%s\" %s", folder.c_str(),
@@ -287,19 +287,6 @@ void CToolBarBand::OnEnableToolbar() {
         }
     }
     EnableButtons(true);
-}
-
-void CToolBarBand::OnStatistics() {
-    if (SettingsSheetOpen())
-        return;
-    // Everything the dialog needs is copied here: the band may be gone
-    // before the dialog closes.
-    win32::UiContext ui;
-    ui.where = Globals().where;
-    ui.strings = &Globals().strings;
-    ui.resources = host::ResourceModule();
-    ui.owner = win32::TopLevelOwner(hwnd());
-    statistics::ShowStatistics(ui);
 }
 
 void CToolBarBand::OnHelp() {
@@ -357,9 +344,8 @@ win32::unique_hmenu CToolBarBand::BuildOverflowMenu() const {
 }
 
 void CToolBarBand::OnOverflowMenu() {
-    win32::unique_hmenu menu = BuildOverflowMenu();
-    if (menu)
-        PopUpUnder(menu.get(), overflow_window(), hwnd());
+    if (m_host)
+        m_host->RequestModal(ModalKind::kOverflowMenu, 0);
 }
 
 void CToolBarBand::EnableOne(int index, bool enable) {

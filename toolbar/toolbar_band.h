@@ -2,10 +2,17 @@
 // lays them out with an overflow button when the band is too narrow, owns
 // the logo menu and turns every click into a message to the scanning process
 // or into one of the add-in's own commands.
+//
+// The band never runs a modal loop itself: the scanning process, the export
+// DestroyToolBar or the client's close may delete it while a menu or dialog
+// runs. It asks the window that outlives it (IModalHost) to run the loop
+// after the band's own handler has returned; that window hands a chosen
+// command back only when this band still exists.
 #pragma once
 
 #include <windows.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
@@ -25,11 +32,25 @@ constexpr int kReportFpIndex = 7;
 // Space kept free at the right end for the overflow button.
 constexpr int kOverflowReserve = 20;
 
+enum class ModalKind { kLogoMenu, kOverflowMenu, kSettingsWindow };
+
+// Runs the band's menus and dialogs outside the band (see above).
+class IModalHost {
+public:
+    // Returns at once; the loop runs once the caller's handler has returned.
+    // `command` names the settings window (kSettingsWindow).
+    virtual void RequestModal(ModalKind kind, WORD command) = 0;
+
+protected:
+    ~IModalHost() = default;
+};
+
 class CToolBarBand : public win32::Dialog {
 public:
     // `records` (count of them) belong to the toolbar window and outlive the
-    // band; so does `arrow`.
-    CToolBarBand(const ToolBarButtonRecord* records, int count, bool wmail, HBITMAP arrow);
+    // band; so do `arrow` and `host` (null: no menus or dialogs).
+    CToolBarBand(const ToolBarButtonRecord* records, int count, bool wmail, HBITMAP arrow,
+                 IModalHost* host = nullptr);
     ~CToolBarBand() override;
 
     // The band window from dialog 6006 of the language module.
@@ -44,9 +65,18 @@ public:
 
     int min_cy() const noexcept { return m_nMinCY; }
     HMENU logo_menu() const noexcept { return m_menu.get(); }
+    // The logo menu's sub-menu for the buttons' state (enabled: 0).
+    int logo_submenu() const noexcept;
 
     // What the first pop-up of the logo menu takes out of it (once).
     void TrimLogoMenuOnFirstPopup();
+    // The logo menu, trimmed, lent to whoever pops it up; it comes back with
+    // ReturnLogoMenu if the band still exists afterwards.
+    win32::unique_hmenu LendLogoMenu();
+    void ReturnLogoMenu(win32::unique_hmenu menu) noexcept { m_menu = std::move(menu); }
+    // Called when the band's window is destroyed by someone else (the client
+    // destroying its windows), never by the band's own deletion.
+    void SetLostHandler(std::function<void()> lost) { m_onLost = std::move(lost); }
     // The overflow menu for the buttons hidden right now; the caller owns it.
     win32::unique_hmenu BuildOverflowMenu() const;
     HWND button_window(int index) const;
@@ -69,9 +99,8 @@ private:
     void OnDisableToolbar();
     void OnEnableToolbar();
     void OnHelp();
-    void OnStatistics();
     void OnOverflowMenu();
-    void OnDialogLater() {}
+    void OnSettingsCommand(WORD command);
     void EnableOne(int index, bool enable);
 
     // A fresh copy of logo sub-menu 0 or 1 (for the overflow menu).
@@ -91,6 +120,8 @@ private:
     win32::unique_hmenu m_menu;
     bool m_menuTrimmed = false;
     std::unique_ptr<CToolBarButton> m_overflow;
+    IModalHost* m_host;
+    std::function<void()> m_onLost;
 };
 
 }  // namespace velk::toolbar

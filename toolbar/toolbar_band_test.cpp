@@ -87,6 +87,16 @@ TEST_F(BandTest, TallButtonKeepsTheBandLowAndNarrowBandOffersHiddenButtonsInItsM
     ASSERT_NE(nullptr, band);
     // A 60-pixel bitmap would push the client's bars apart.
     EXPECT_EQ(24, band_->min_cy());
+    // Drawn by us, each button still names itself to screen readers: its
+    // caption, else its tooltip.
+    auto text = [](HWND window) {
+        wchar_t buffer[64] = L"";
+        ::GetWindowTextW(window, buffer, 64);
+        return std::wstring(buffer);
+    };
+    EXPECT_EQ(L"logo", text(band_->button_window(0)));
+    EXPECT_EQ(L"Report Spam", text(band_->button_window(6)));
+    EXPECT_EQ(L">>", text(band_->overflow_window()));
     // Cloud feedback hidden by the installation: gone from both sub-menus.
     for (int sub : {0, 1}) {
         EXPECT_EQ(0xFFFFFFFFu, ::GetMenuState(::GetSubMenu(band_->logo_menu(), sub),
@@ -121,6 +131,27 @@ TEST_F(BandTest, TallButtonKeepsTheBandLowAndNarrowBandOffersHiddenButtonsInItsM
     menu = band_->BuildOverflowMenu();
     copy = ::GetSubMenu(menu.get(), 0);
     EXPECT_NE(0xFFFFFFFFu, ::GetMenuState(copy, ID_MENU_ENABLE_TOOLBAR, MF_BYCOMMAND));
+}
+
+TEST_F(BandTest, ReportFpKeepsReportSpamsPlaceThroughLaterLayouts) {
+    MakeBand();
+    Resize(800);
+    auto left = [&](int index) {
+        RECT r{};
+        ::GetWindowRect(band_->button_window(index), &r);
+        return r.left;
+    };
+    const int spam = left(6);
+    band_->SwitchReportButton(true);
+    for (int width : {790, 800}) {
+        Resize(width);
+        EXPECT_TRUE(Shown(7) && !Shown(6)) << width;
+        EXPECT_EQ(spam, left(7)) << width;
+    }
+    band_->SwitchReportButton(false);
+    Resize(790);
+    EXPECT_TRUE(Shown(6) && !Shown(7));
+    EXPECT_EQ(spam, left(6));
 }
 
 TEST_F(BandTest, FirstPopupTakesTheUpdatesGroupOutOfBothSubMenusOnce) {

@@ -1,6 +1,7 @@
 #include "toolbar/toolbar_button.h"
 
 #include "common_src/win32/handles.h"
+#include "common_src/win32/paint_buffer.h"
 #include "common_src/win32/window_class.h"
 
 namespace velk::toolbar {
@@ -71,7 +72,10 @@ SIZE CToolBarButton::Create(HWND band, int x, int y, int min_height) {
         style |= WS_DISABLED;
     }
     RECT rect{x, y, x + size.cx, y + size.cy};
-    if (Window::Create(kClassName, band, style, 0, rect, L"", record_.nId) == nullptr) {
+    // Drawn by us, the button still says what it is to screen readers and
+    // other programs: its caption, else its tooltip.
+    const std::wstring& text = record_.strCaption.empty() ? record_.strTooltip : record_.strCaption;
+    if (Window::Create(kClassName, band, style, 0, rect, text.c_str(), record_.nId) == nullptr) {
         return SIZE{0, 0};
     }
     return SIZE{size.cx, size.cy};
@@ -156,12 +160,8 @@ void CToolBarButton::Draw(HDC target) const {
     if (w <= 0 || h <= 0)
         return;
 
-    win32::unique_hdc mem(::CreateCompatibleDC(target));
-    win32::unique_hbitmap canvas(::CreateCompatibleBitmap(target, w, h));
-    if (!mem || !canvas)
-        return;
-    win32::select_object on_canvas(mem.get(), canvas.get());
-    const HDC dc = mem.get();
+    win32::PaintBuffer buffer(target, client);
+    const HDC dc = buffer.dc();
     const Palette& palette = theme_.palette();
     const bool disabled = state_ == kStateDisabled;
 
@@ -198,7 +198,6 @@ void CToolBarButton::Draw(HDC target) const {
         ::DrawTextW(dc, record_.strCaption.c_str(), static_cast<int>(record_.strCaption.size()),
                     &text, DT_SINGLELINE | DT_VCENTER | DT_LEFT | DT_NOPREFIX);
     }
-    ::BitBlt(target, 0, 0, w, h, dc, 0, 0, SRCCOPY);
 }
 
 }  // namespace velk::toolbar

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "common_src/win32/entry_scope.h"
+#include "common_src/win32/ui_context.h"
 #include "common_src/win32/window_class.h"
 #include "host/addin_globals.h"
 #include "host/com_util_set.h"
@@ -14,7 +16,7 @@
 #include "settings/ini_profile.h"
 #include "settings/settings_access.h"
 #include "toolbar/band_resources.h"
-#include "toolbar/toolbar_band.h"
+#include "toolbar/settings_commands.h"
 
 namespace velk::toolbar {
 
@@ -24,6 +26,14 @@ using settings::Key;
 // The band code fills the pre-Vista record, which is what the client's rebar
 // of that era expects as cbSize.
 static_assert(sizeof(REBARBANDINFOW) == 112, "band record of _WIN32_WINNT 0x0502");
+
+namespace {
+CToolBarWnd* g_instance = nullptr;
+}  // namespace
+
+CToolBarWnd* CToolBarWnd::Instance() noexcept {
+    return g_instance;
+}
 
 bool CToolBarWnd::RegisterToolBarClass() {
     return win32::RegisterWindowClass(host::kToolBarWindowClass) != 0;
@@ -38,8 +48,8 @@ CToolBarWnd::CToolBarWnd() : m_actions(new actions::CMsgActionQueue(m_cs)) {
 }
 
 CToolBarWnd::~CToolBarWnd() {
-    if (Globals().toolbar == this)
-        Globals().toolbar = nullptr;
+    if (g_instance == this)
+        g_instance = nullptr;
 }
 
 CToolBarWnd* CToolBarWnd::CreateToolBarWindow() {
@@ -54,10 +64,22 @@ CToolBarWnd* CToolBarWnd::CreateToolBarWindow() {
         return nullptr;
     }
     CToolBarWnd* wnd = self.release();  // its window owns it from here on
-    Globals().toolbar = wnd;
-    wnd->OnBuildUserInterface(0, 0);
-    wnd->m_actions->Start();
+    g_instance = wnd;
+    // Not under the loader lock: the worker's thread and the band build (the
+    // per-user start, dialogs, the client's window) wait for the message.
+    ::PostMessageW(wnd->hwnd(), kMsgStart, 0, 0);
     return wnd;
+}
+
+void CToolBarWnd::OnStart() {
+    // Top-most so the scanning process's messages are never held up behind
+    // the client's windows; never moved or shown. Here rather than at its
+    // creation: a change of z-order is a round trip to the display server,
+    // which the load need not wait for.
+    ::SetWindowPos(hwnd(), HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    if (!m_actions->IsStarted())
+        m_actions->Start();
+    OnBuildUserInterface(0, 0);
 }
 
 void CToolBarWnd::OnFinalMessage(HWND) {
@@ -67,15 +89,28 @@ void CToolBarWnd::OnFinalMessage(HWND) {
 bool CToolBarWnd::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
     result = 0;
     switch (msg) {
-        case WM_CREATE:
-            // Top-most so the scanning process's messages are never held up
-            // behind the client's windows; never moved or shown.
-            ::SetWindowPos(hwnd(), HWND_TOPMOST, 0, 0, 0, 0,
-                           SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+        case kMsgStart:
+            OnStart();
             return true;
         case WM_CLOSE:
-            OnClose();
-            return false;  // default processing destroys the window
+            // Default processing destroys the window, unless it must wait.
+            return !Leave();
+        case WM_DESTROY:
+            // Destroyed without a close (the thread ending, say): leave anyway.
+            if (m_band || m_actions->IsStarted())
+                Leave();
+            return false;
+        case kMsgRunModal:
+            RunModal();
+            return true;
+        case kMsgBandLost:
+            // The client destroying its windows takes the band with it: the
+            // add-in goes too. A client that only rebuilt its bars keeps us.
+            if (m_hHostWnd != nullptr && !::IsWindow(m_hHostWnd))
+                ::PostMessageW(hwnd(), WM_CLOSE, 0, 0);
+            else
+                OnDestroyBand();
+            return true;
         case WM_TIMER:
             if (wp == kBuildTimerId && !m_bBuilt) {
                 try {
@@ -113,12 +148,112 @@ bool CToolBarWnd::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result
     }
 }
 
-void CToolBarWnd::OnClose() {
-    // The band's window lives in the client's rebar with a procedure of ours:
-    // it goes before the library can be unmapped under it.
+bool CToolBarWnd::Leave() {
+    // The band's window lives in the client's rebar with a procedure of ours,
+    // and the hook sits on the client's window: both go before anything else.
     OnDestroyBand();
-    m_actions->Stop();
+    host::CHostHook::Instance().Unhook();
+    ::KillTimer(hwnd(), kBuildTimerId);
+    if (m_modalDepth > 0) {
+        m_leavePending = true;
+        return false;
+    }
+    m_leavePending = false;
+    if (m_actions->WorkerAlive()) {
+        // The worker's module reference may be the last one (the client freed
+        // the library while we ran): it is let go only once no procedure of
+        // ours is on this thread's stack any more (see StopForUnload).
+        win32::WhenOutOfModule(m_actions->StopForUnload());
+    } else {
+        m_actions->Stop();
+    }
     Globals().strings.UnInitialize();
+    return true;
+}
+
+void CToolBarWnd::RequestModal(ModalKind kind, WORD command) {
+    // One at a time; none once the add-in is leaving.
+    if (m_modalDepth > 0 || m_modalPending || m_leavePending || hwnd() == nullptr)
+        return;
+    m_pendingKind = kind;
+    m_pendingCommand = command;
+    m_modalPending = true;
+    ::PostMessageW(hwnd(), kMsgRunModal, 0, 0);
+}
+
+bool CToolBarWnd::BandAlive(unsigned generation) const noexcept {
+    return m_band && generation == m_bandGeneration;
+}
+
+UINT CToolBarWnd::TrackMenu(HMENU menu, HWND under) {
+    RECT r{};
+    ::GetWindowRect(under, &r);
+    // Owned by the client's window, the foreground one, so that a click
+    // anywhere else closes the menu as usual.
+    HWND owner = ::GetAncestor(m_band->hwnd(), GA_ROOT);
+    m_menuRunning = true;
+    const UINT chosen = static_cast<UINT>(::TrackPopupMenu(
+        menu, TPM_RIGHTBUTTON | TPM_RETURNCMD | TPM_NONOTIFY, r.left, r.bottom, 0, owner, nullptr));
+    m_menuRunning = false;
+    return chosen;
+}
+
+void CToolBarWnd::RunSettingsWindow(WORD command) {
+    const SettingsOpener open = FindSettingsOpener(command);
+    if (open == nullptr)
+        return;
+    win32::UiContext ui;
+    ui.where = Globals().where;
+    ui.strings = &Globals().strings;
+    ui.resources = host::ResourceModule();
+    ui.owner = win32::TopLevelOwner(m_hHostWnd);
+    // Owned by the client's window, not the band: the band may go while the
+    // window stays open for the user.
+    open(ui);
+}
+
+void CToolBarWnd::RunModal() {
+    if (!m_modalPending)
+        return;
+    m_modalPending = false;
+    const unsigned generation = m_bandGeneration;
+    UINT chosen = 0;
+    ++m_modalDepth;
+    try {
+        switch (m_pendingKind) {
+            case ModalKind::kLogoMenu:
+                if (BandAlive(generation)) {
+                    HWND under = m_band->button_window(1);
+                    const int sub = m_band->logo_submenu();
+                    win32::unique_hmenu menu = m_band->LendLogoMenu();
+                    if (menu)
+                        chosen = TrackMenu(::GetSubMenu(menu.get(), sub), under);
+                    if (BandAlive(generation))
+                        m_band->ReturnLogoMenu(std::move(menu));
+                }
+                break;
+            case ModalKind::kOverflowMenu:
+                if (BandAlive(generation)) {
+                    win32::unique_hmenu menu = m_band->BuildOverflowMenu();
+                    if (menu)
+                        chosen = TrackMenu(menu.get(), m_band->overflow_window());
+                }
+                break;
+            case ModalKind::kSettingsWindow:
+                RunSettingsWindow(m_pendingCommand);
+                break;
+        }
+    } catch (...) {
+        VELK_LOG(L"@@@ Error : exception in a menu or dialog of the band");
+    }
+    --m_modalDepth;
+    if (m_modalDepth == 0)
+        m_retiredBitmaps.clear();
+    // The band's choice, only to the band it was made for.
+    if (chosen != 0 && BandAlive(generation) && m_band->hwnd() != nullptr)
+        ::SendMessageW(m_band->hwnd(), WM_COMMAND, MAKEWPARAM(chosen, 0), 0);
+    if (m_modalDepth == 0 && m_leavePending)
+        ::PostMessageW(hwnd(), WM_CLOSE, 0, 0);
 }
 
 void CToolBarWnd::FillRecords(bool show_report_buttons) {
@@ -227,8 +362,9 @@ void CToolBarWnd::OnBuildUserInterface(WPARAM wp, LPARAM lp) {
     }
     const bool enable = settings::ReadTrimmed(profile, Key::EnableTBar) != L"0";
 
-    m_band.reset(new CToolBarBand(m_records, show_report ? 8 : 6, m_wmail, m_background.get()));
-    Globals().band = m_band.get();
+    m_band.reset(
+        new CToolBarBand(m_records, show_report ? 8 : 6, m_wmail, m_background.get(), this));
+    m_band->SetLostHandler([self = hwnd()] { ::PostMessageW(self, kMsgBandLost, 0, 0); });
     if (!m_band->Create(m_hHostWnd)) {
         VELK_LOG(L"@@@ Error : can't create the band window");
         return;
@@ -272,10 +408,11 @@ LRESULT CToolBarWnd::OnDestroyBand() {
             if (m_bRebarAttached) {
                 if (m_nBandIndex != -1 && ::IsWindow(m_hRebar)) {
                     // The stored index goes stale when a band before ours
-                    // comes or goes; the id does not.
+                    // comes or goes; the id does not. No band of that id: ours
+                    // is gone already, and the index names someone else's.
                     const LRESULT index = ::SendMessageW(m_hRebar, RB_IDTOINDEX, kBandId, 0);
-                    ::SendMessageW(m_hRebar, RB_DELETEBAND,
-                                   static_cast<WPARAM>(index >= 0 ? index : m_nBandIndex), 0);
+                    if (index >= 0)
+                        ::SendMessageW(m_hRebar, RB_DELETEBAND, static_cast<WPARAM>(index), 0);
                 }
                 m_nBandIndex = -1;
                 m_hRebar = nullptr;
@@ -289,18 +426,31 @@ LRESULT CToolBarWnd::OnDestroyBand() {
         VELK_LOG(L"@@@ Error : exception while taking the band out");
     }
     try {
-        Globals().band = nullptr;
+        if (m_band) {
+            ++m_bandGeneration;
+            // A menu of the band closes with it; a dialog stays open.
+            if (m_menuRunning)
+                ::EndMenu();
+        }
         m_band.reset();
     } catch (...) {
         VELK_LOG(L"@@@ Error : exception while destroying the band");
     }
+    ReleaseBitmaps();
+    return 0;
+}
+
+void CToolBarWnd::ReleaseBitmaps() {
     for (int i = 0; i < kRecordCount; ++i) {
-        m_bitmaps[i].reset();
-        m_bitmapsDisabled[i].reset();
+        for (win32::unique_hbitmap* bitmap : {&m_bitmaps[i], &m_bitmapsDisabled[i]}) {
+            // A menu still running may show it until it has returned.
+            if (m_modalDepth > 0 && *bitmap)
+                m_retiredBitmaps.push_back(std::move(*bitmap));
+            bitmap->reset();
+        }
         m_records[i].hBitmap = nullptr;
         m_records[i].hBitmapDisabled = nullptr;
     }
-    return 0;
 }
 
 }  // namespace velk::toolbar

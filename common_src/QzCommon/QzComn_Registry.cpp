@@ -191,9 +191,10 @@ std::wstring Registry::ReadString(const std::wstring& name, const std::wstring& 
     if (!IsStringType(type))
         QZ_THROW(Exception, ERROR_INVALID_DATA);
 
-    // One spare zero character, so that a value stored without its
-    // terminator (or with an odd byte count) still ends inside the buffer.
-    const std::size_t chars = bytes / sizeof(wchar_t) + 1;
+    // Room for every byte read (an odd count ends in half a character) and
+    // one spare zero character, so that a value stored without its
+    // terminator still ends inside the buffer.
+    const std::size_t chars = (bytes + sizeof(wchar_t) - 1) / sizeof(wchar_t) + 1;
     std::unique_ptr<wchar_t[]> buffer(new (std::nothrow) wchar_t[chars]());
     if (!buffer)
         QZ_THROW(Exception, ERROR_INVALID_HANDLE);

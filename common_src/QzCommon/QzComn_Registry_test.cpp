@@ -2,9 +2,61 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <new>
 #include <vector>
 
 #include "common_src/QzCommon/QzComn_test_util.h"
+
+// While armed, the store's read buffers (nothrow new[]) end flush against a
+// no-access page: reading one character past a buffer faults at once instead
+// of finding whatever zeros happen to follow it on the heap.
+namespace {
+bool g_guardReads = false;
+struct GuardedBlock {
+    void* region;
+    void* user;
+};
+std::vector<GuardedBlock>* g_guarded = nullptr;
+}  // namespace
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    if (!g_guardReads)
+        return std::malloc(size != 0 ? size : 1);
+    SYSTEM_INFO info{};
+    ::GetSystemInfo(&info);
+    const std::size_t page = info.dwPageSize;
+    const std::size_t data_pages = (size + page - 1) / page + 1;
+    char* region = static_cast<char*>(
+        ::VirtualAlloc(nullptr, (data_pages + 1) * page, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
+    if (region == nullptr)
+        return nullptr;
+    DWORD old = 0;
+    ::VirtualProtect(region + data_pages * page, page, PAGE_NOACCESS, &old);
+    char* user = region + data_pages * page - size;
+    if (g_guarded == nullptr)
+        g_guarded = new std::vector<GuardedBlock>();
+    g_guarded->push_back({region, user});
+    return user;
+}
+
+void operator delete[](void* p) noexcept {
+    if (g_guarded != nullptr) {
+        for (auto it = g_guarded->begin(); it != g_guarded->end(); ++it) {
+            if (it->user == p) {
+                ::VirtualFree(it->region, 0, MEM_RELEASE);
+                g_guarded->erase(it);
+                return;
+            }
+        }
+    }
+    std::free(p);
+}
+
+void operator delete[](void* p, std::size_t) noexcept {
+    operator delete[](p);
+}
 
 namespace QzCommon {
 namespace Storage {
@@ -59,7 +111,21 @@ TEST_F(RegistryTest, StringReadsStopAtTheFirstZeroAndDoNotExpand) {
                   store.ReadString(L"Unterminated", L"") + L"|" + store.ReadString(L"Odd", L""));
 }
 
-TEST_F(RegistryTest, WrongTypeOrSizeIsError13AndNoThrowTwinsGiveTheDefault) {
+TEST_F(RegistryTest, OddByteCountsNeverReadPastTheBuffer) {
+    const wchar_t text[] = L"abcdefghijklmnopqrstuvwxyz";
+    for (DWORD bytes = 1; bytes < 2 * 26; bytes += 2)
+        key.SetRaw(L"Odd" + std::to_wstring(bytes), REG_SZ, text, bytes);
+    for (DWORD bytes = 1; bytes < 2 * 26; bytes += 2) {
+        g_guardReads = true;
+        const std::wstring read = store.ReadString(L"Odd" + std::to_wstring(bytes), L"-");
+        g_guardReads = false;
+        // The half character counts as a whole one, as the system's own
+        // readers take it.
+        EXPECT_EQ(std::wstring(text, bytes / 2 + 1), read) << bytes;
+    }
+}
+
+TEST_F(RegistryTest, WrongTypeOrSizeIsError13AndNoThrowTwinsReportIt) {
     const ULONGLONG seven = 7;
     key.SetRaw(L"Bin4", REG_BINARY, &seven, 4);
     key.SetRaw(L"Dword8", REG_DWORD, &seven, 8);

@@ -205,7 +205,9 @@ bool QzResourceStringLoader::ChooseLanguage(Probe probe, std::wstring& name,
 
     name = MapPrimaryLangID();
     probedPath = target(name);
-    if (exists(probedPath))
+    // Without any locale-name source the mapped name is empty, and its
+    // "folder" would be the resource root itself, which holds no language.
+    if (!name.empty() && exists(probedPath))
         return true;
     switch (probe) {
         case Probe::kStringTable:

@@ -190,4 +190,18 @@ TEST_F(LoaderTest, HelpAddressJoinsBaseProductLanguageAndFunctionFromThe64BitVie
                   L"*** QzCommon::Storage::Exception(): [0x00000002]"});
 }
 
+TEST_F(LoaderTest, WithoutAnyLocaleNameSourceAMissingFolderFallsBackToEnglish) {
+    // The oldest systems: neither locale-name call exists, so only the
+    // language map names a language, and no primary language can be mapped.
+    kernel.names.clear();
+    res.MakeFolder(L"en-US");
+    res.WriteFile(L"LanguageMap.ini", "[LCID2NAME]\r\n1041=ja-JP\r\n");
+    EXPECT_EQ(res.path() + L"en-US\\",
+              QzResourceStringLoader(Pretend(kJapanese)).GetResFolderByAutoDetectLanguage());
+    AddTable(L"en-US", L"[Main]\r\n");
+    QzResourceStringLoader table(Pretend(kJapanese));
+    ASSERT_TRUE(table.Initialize(L"Main"));
+    EXPECT_EQ(L"en-US", table.GetLanguage());
+}
+
 }  // namespace

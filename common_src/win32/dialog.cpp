@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "common_src/win32/window.h"
+#include "common_src/win32/entry_scope.h"
 #include "common_src/win32/message_guard.h"
 #include "common_src/win32/reflection.h"
 #include "log/diag_log.h"
@@ -93,6 +94,7 @@ Dialog* Dialog::FromHandle(HWND hwnd) noexcept {
 }
 
 INT_PTR CALLBACK Dialog::StaticProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    EntryScope entry;
     Dialog* self = nullptr;
     if (msg == WM_INITDIALOG) {
         self = reinterpret_cast<Dialog*>(lp);

@@ -1,6 +1,7 @@
 #include "common_src/win32/property_sheet.h"
 
 #include "common_src/win32/dialog.h"
+#include "common_src/win32/entry_scope.h"
 #include "common_src/win32/message_guard.h"
 #include "common_src/win32/reflection.h"
 #include "common_src/win32/window.h"
@@ -72,6 +73,7 @@ bool PropertyPage::OnSheetNotify(const NMHDR& header, LRESULT& result) {
 }
 
 INT_PTR CALLBACK PropertyPage::StaticProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    EntryScope entry;
     PropertyPage* self = nullptr;
     if (msg == WM_INITDIALOG) {
         // The sheet hands the page its own copy of the description.

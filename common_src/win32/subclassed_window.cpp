@@ -2,6 +2,7 @@
 
 #include <commctrl.h>
 
+#include "common_src/win32/entry_scope.h"
 #include "common_src/win32/message_guard.h"
 
 namespace velk::win32 {
@@ -68,6 +69,7 @@ LRESULT SubclassedWindow::CallDefault(UINT msg, WPARAM wp, LPARAM lp) noexcept {
 
 LRESULT CALLBACK SubclassedWindow::StaticProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp,
                                               UINT_PTR id, DWORD_PTR ref) {
+    EntryScope entry;
     auto* self = reinterpret_cast<SubclassedWindow*>(ref);
     if (msg == WM_NCDESTROY) {
         // Off first, so nothing the window does while dying reaches an object

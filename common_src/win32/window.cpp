@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "common_src/win32/entry_scope.h"
 #include "common_src/win32/message_guard.h"
 #include "common_src/win32/reflection.h"
 #include "log/diag_log.h"
@@ -53,6 +54,7 @@ Window* Window::FromHandle(HWND hwnd) noexcept {
 }
 
 LRESULT CALLBACK Window::StaticProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
+    EntryScope entry;
     Window* self = nullptr;
     if (msg == WM_NCCREATE) {
         const auto* cs = reinterpret_cast<const CREATESTRUCTW*>(lp);

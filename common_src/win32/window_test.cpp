@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "common_src/win32/entry_scope.h"
 #include "common_src/win32/window_class.h"
 
 namespace velk::win32 {
@@ -198,6 +199,48 @@ TEST(WindowClass, RegistersOnceAndReplacesAStaleRegistration) {
     EXPECT_FALSE(UnregisterWindowClass(kName));
     w.Destroy();
     EXPECT_TRUE(UnregisterWindowClass(kName));
+}
+
+}  // namespace
+}  // namespace velk::win32
+
+namespace velk::win32 {
+namespace {
+
+// Defers from inside a nested procedure call, run within a message loop of
+// our own (a modal loop under one of our frames), and notes the depth.
+class Deferrer : public Window {
+public:
+    std::vector<int> ran_at;  // the depth seen by each deferred action
+    int nested_depth = 0;
+
+protected:
+    bool ProcessMessage(UINT msg, WPARAM, LPARAM, LRESULT&) override {
+        if (msg == WM_USER + 10) {
+            // Our frame stays on the stack while a loop pumps the inner message.
+            ::PostMessageW(hwnd(), WM_USER + 11, 0, 0);
+            MSG m;
+            while (::PeekMessageW(&m, hwnd(), WM_USER + 11, WM_USER + 11, PM_REMOVE))
+                ::DispatchMessageW(&m);
+            return true;
+        }
+        if (msg == WM_USER + 11) {
+            nested_depth = EntryDepth();
+            WhenOutOfModule([this] { ran_at.push_back(EntryDepth()); });
+            return true;
+        }
+        return false;
+    }
+};
+
+TEST_F(WindowTest, WorkDeferredOutOfTheModuleWaitsForTheOutermostProcedure) {
+    Deferrer w;
+    ASSERT_NE(nullptr, w.Create(kClass, nullptr, WS_POPUP));
+    ::SendMessageW(w.hwnd(), WM_USER + 10, 0, 0);
+    EXPECT_EQ(2, w.nested_depth);
+    EXPECT_EQ(std::vector<int>{0}, w.ran_at) << "ran once, after the outer procedure";
+    WhenOutOfModule([&] { w.ran_at.push_back(-1); });  // no frame of ours: at once
+    EXPECT_EQ((std::vector<int>{0, -1}), w.ran_at);
 }
 
 }  // namespace

@@ -162,6 +162,12 @@ void CClientWindow::Event(const wchar_t* format, int value1, int value2) {
 bool CClientWindow::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
     switch (msg) {
         case WM_SIZE:
+            // A band coming or going relays the client out: the add-in's
+            // band showing for the first time is worth an event.
+            if (!band_seen_ && rebar_.HasBand(kAddinBandId)) {
+                band_seen_ = true;
+                Event(L"band shown", 0);
+            }
             Layout();
             return false;
         case WM_CLOSE:
@@ -190,6 +196,7 @@ bool CClientWindow::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& resu
         case kCmdRebuild:
         case kCmdDestroy:
         case kCmdUnload:
+        case kCmdMapped:
             result = host_.command && host_.command(msg) ? 1 : 0;
             return true;
         default:

@@ -24,6 +24,8 @@ constexpr UINT kCmdSetBrowser = WM_APP + 1;
 constexpr UINT kCmdRebuild = WM_APP + 2;
 constexpr UINT kCmdDestroy = WM_APP + 3;
 constexpr UINT kCmdUnload = WM_APP + 4;
+// 1 while any add-in the stand-in loaded is still mapped in the process.
+constexpr UINT kCmdMapped = WM_APP + 5;
 
 class CSizableRebar : public win32::Window {
 public:
@@ -74,6 +76,7 @@ private:
     Host host_;
     CSizableRebar rebar_;
     HWND list_ = nullptr;
+    bool band_seen_ = false;
 };
 
 }  // namespace velk::tools

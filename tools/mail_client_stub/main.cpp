@@ -2,6 +2,8 @@
 // and the demo see the add-in load, build its band, follow the client's close
 // and unload. See tools/README.md for the command line.
 #include <windows.h>
+#include <ole2.h>
+#include <winternl.h>
 #include <shellapi.h>
 
 #include <cstdio>
@@ -11,13 +13,72 @@
 #include <vector>
 
 #include "common_src/win32/handles.h"
-#include "host/addin_exports.h"
+#include "addin/addin_exports.h"
 #include "tools/mail_client_stub/client_options.h"
 #include "tools/mail_client_stub/client_window.h"
 #include "tools/mail_client_stub/event_log.h"
 
 namespace velk::tools {
 namespace {
+
+// The loader's unload notice (ntdll, Vista and later, looked up at run time):
+// the stand-in notes on which thread an add-in was unloaded and how many
+// windows with a procedure inside its image were still alive then. Any is a
+// crash waiting for the next message to such a window.
+struct UnloadedDll {
+    ULONG flags;
+    const void* full_name;
+    const UNICODE_STRING* base_name;
+    void* base;
+    ULONG size;
+};
+using DllNotification = void(CALLBACK*)(ULONG reason, const UnloadedDll* data, void* context);
+using RegisterDllNotification = LONG(NTAPI*)(ULONG, DllNotification, void*, void**);
+using UnregisterDllNotification = LONG(NTAPI*)(void*);
+
+struct UnloadWatch {
+    EventLog* events = nullptr;
+    DWORD client_thread = 0;
+    const void* base = nullptr;
+    const void* end = nullptr;
+    int alive = 0;
+};
+
+BOOL CALLBACK CountAddinWindows(HWND hwnd, LPARAM lp) {
+    auto* watch = reinterpret_cast<UnloadWatch*>(lp);
+    for (const void* proc :
+         {reinterpret_cast<const void*>(::GetClassLongPtrW(hwnd, GCLP_WNDPROC)),
+          reinterpret_cast<const void*>(::GetWindowLongPtrW(hwnd, GWLP_WNDPROC))}) {
+        if (proc >= watch->base && proc < watch->end) {
+            ++watch->alive;
+            break;
+        }
+    }
+    return TRUE;
+}
+
+BOOL CALLBACK CountInTree(HWND hwnd, LPARAM lp) {
+    CountAddinWindows(hwnd, lp);
+    ::EnumChildWindows(hwnd, &CountAddinWindows, lp);
+    return TRUE;
+}
+
+void CALLBACK OnDllNotification(ULONG reason, const UnloadedDll* data, void* context) {
+    constexpr ULONG kUnloaded = 2;
+    auto* watch = static_cast<UnloadWatch*>(context);
+    if (reason != kUnloaded || data == nullptr || data->base_name == nullptr)
+        return;
+    const std::wstring name(data->base_name->Buffer, data->base_name->Length / sizeof(wchar_t));
+    if (name.size() < 4 || _wcsicmp(name.c_str() + name.size() - 4, L".dll") != 0)
+        return;
+    watch->base = data->base;
+    watch->end = static_cast<const char*>(data->base) + data->size;
+    watch->alive = 0;
+    ::EnumThreadWindows(watch->client_thread, &CountInTree, reinterpret_cast<LPARAM>(watch));
+    watch->events->Write(L"unloaded %s thread=%s windows=%d", name.c_str(),
+                         ::GetCurrentThreadId() == watch->client_thread ? L"client" : L"other",
+                         watch->alive);
+}
 
 struct Addin {
     std::wstring path;
@@ -27,6 +88,14 @@ struct Addin {
 class ClientApp {
 public:
     explicit ClientApp(ClientOptions options) : options_(std::move(options)) {}
+    // Unloads at the process's end are not the add-in's doing, and the log
+    // is gone by then.
+    ~ClientApp() {
+        auto unreg = reinterpret_cast<UnregisterDllNotification>(reinterpret_cast<void*>(
+            ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "LdrUnregisterDllNotification")));
+        if (unreg != nullptr && unload_cookie_ != nullptr)
+            unreg(unload_cookie_);
+    }
 
     int Run();
 
@@ -43,6 +112,8 @@ private:
 
     ClientOptions options_;
     EventLog events_;
+    UnloadWatch unload_watch_;
+    void* unload_cookie_ = nullptr;
     std::vector<Addin> addins_;
     std::unique_ptr<CClientWindow> window_;
     std::size_t next_step_ = 0;
@@ -78,6 +149,14 @@ void ClientApp::WriteIdentity() {
 }
 
 void ClientApp::LoadAddins() {
+    if (unload_cookie_ == nullptr) {
+        unload_watch_.events = &events_;
+        unload_watch_.client_thread = ::GetCurrentThreadId();
+        auto reg = reinterpret_cast<RegisterDllNotification>(reinterpret_cast<void*>(
+            ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "LdrRegisterDllNotification")));
+        if (reg != nullptr)
+            reg(0, &OnDllNotification, &unload_watch_, &unload_cookie_);
+    }
     for (const std::wstring& path : options_.addins) {
         const double t0 = events_.Now();
         HMODULE module = ::LoadLibraryW(path.c_str());
@@ -86,7 +165,9 @@ void ClientApp::LoadAddins() {
             events_.Write(L"load %s failed error=%lu ms=%.2f", path.c_str(), ::GetLastError(), ms);
             continue;
         }
-        events_.Write(L"load %s ok ms=%.2f", path.c_str(), ms);
+        // Whether the add-in put its band into the rebar while loading.
+        events_.Write(L"load %s ok ms=%.2f band=%d", path.c_str(), ms,
+                      window_ && window_->rebar().HasBand(kAddinBandId) ? 1 : 0);
         addins_.push_back(Addin{path, module});
     }
 }
@@ -136,7 +217,7 @@ void ClientApp::CallExport(const char* name) {
             continue;
         }
         events_.Write(L"export %hs", name);
-        if (std::strcmp(name, host::kExportSetOEBrowserWnd) == 0) {
+        if (std::strcmp(name, addin::kExportSetOEBrowserWnd) == 0) {
             reinterpret_cast<SetOEBrowserWndFn>(proc)(window_ ? window_->hwnd() : nullptr);
         } else {
             // ReBuildToolBar and DestroyToolBar take nothing.
@@ -151,7 +232,11 @@ void ClientApp::FreeAddins(const wchar_t* what) {
             continue;
         const double t0 = events_.Now();
         ::FreeLibrary(it->module);
-        events_.Write(L"%s %s ms=%.2f", what, it->path.c_str(), events_.Now() - t0);
+        const double ms = events_.Now() - t0;
+        // Whether that FreeLibrary unmapped the library or something (a
+        // thread of the add-in) still holds it.
+        events_.Write(L"%s %s ms=%.2f mapped=%d", what, it->path.c_str(), ms,
+                      ::GetModuleHandleW(it->path.c_str()) != nullptr ? 1 : 0);
         it->module = nullptr;
     }
 }
@@ -159,17 +244,23 @@ void ClientApp::FreeAddins(const wchar_t* what) {
 bool ClientApp::Command(UINT command) {
     switch (command) {
         case kCmdSetBrowser:
-            CallExport(host::kExportSetOEBrowserWnd);
+            CallExport(addin::kExportSetOEBrowserWnd);
             return true;
         case kCmdRebuild:
-            CallExport(host::kExportReBuildToolBar);
+            CallExport(addin::kExportReBuildToolBar);
             return true;
         case kCmdDestroy:
-            CallExport(host::kExportDestroyToolBar);
+            CallExport(addin::kExportDestroyToolBar);
             return true;
         case kCmdUnload:
             FreeAddins(L"unload");
             return true;
+        case kCmdMapped:
+            for (const Addin& addin : addins_) {
+                if (::GetModuleHandleW(addin.path.c_str()) != nullptr)
+                    return true;
+            }
+            return false;
         default:
             return false;
     }
@@ -215,6 +306,9 @@ int ClientApp::Run() {
         return 1;
     }
     WriteIdentity();
+    // The real clients are OLE applications (drag and drop, the message
+    // store's COM objects): OLE is up before any add-in loads.
+    const HRESULT ole = ::OleInitialize(nullptr);
     if (options_.late_ms > 0) {
         LoadAddins();
         PumpFor(options_.late_ms);
@@ -225,6 +319,8 @@ int ClientApp::Run() {
     }
     if (!window_) {
         FreeAddins(L"free");
+        if (SUCCEEDED(ole))
+            ::OleUninitialize();
         return 1;
     }
     if (options_.exit_after_ms > 0) {
@@ -240,6 +336,8 @@ int ClientApp::Run() {
     // As the real client: the window is gone, then the add-ins are freed.
     if (options_.free_at_exit)
         FreeAddins(L"free");
+    if (SUCCEEDED(ole))
+        ::OleUninitialize();
     events_.Write(L"exit");
     return 0;
 }

@@ -1,38 +1,37 @@
 // The library's entry point and its three exports.
 //
-// Unloading and the worker thread. DllMain runs under the loader lock, and a
-// thread cannot finish exiting while another holds it, so DLL_PROCESS_DETACH
-// can never wait for the worker to end (it would sit out the whole 3000 ms),
-// and a worker still inside our code when the image is unmapped would crash
-// the client. So the worker holds a reference on this module for its whole
-// life and leaves through FreeLibraryAndExitThread: the image stays mapped
-// for as long as any of its code can run. The price is that the client's
-// FreeLibrary while the add-in runs only drops the client's reference; the
-// add-in (band, hook, worker) stays until the process ends, which is also
-// when the real client lets go of it. DLL_PROCESS_DETACH therefore only runs
-// (a) at process exit, when the worker is gone already and the stop finds its
-// handle signalled, or (b) after a failed start, with no worker at all;
-// neither waits.
+// Loading and unloading. DllMain runs under the loader lock, so it does the
+// least it can (see CVELK_OEAgentApp). The worker thread holds a reference
+// on this module and leaves through FreeLibraryAndExitThread, so the image
+// stays mapped for as long as any of its code can run; when the client's
+// window closes the add-in leaves (band, hook, worker, toolbar window), the
+// worker's reference goes, and the client's FreeLibrary unloads the library
+// at once. A FreeLibrary while the add-in still runs only drops the client's
+// reference: the add-in works on until the client's window closes, and the
+// worker's reference, the last, goes once the client's thread is out of our
+// code for good (see CMsgActionQueue::StopForUnload). DLL_PROCESS_DETACH
+// therefore never waits: by then the worker is gone, or the process is
+// ending and has ended it.
 #include <windows.h>
 
-#include "host/addin_app.h"
-#include "host/addin_exports.h"
-#include "host/addin_globals.h"
+#include "addin/addin_app.h"
+#include "addin/addin_exports.h"
+#include "common_src/win32/entry_scope.h"
 #include "log/diag_log.h"
 #include "toolbar/toolbar_wnd.h"
 
 namespace {
 
-using velk::host::Globals;
-
 // Every resource lookup of the add-in names the language module itself
 // (host::ResourceModule()), so an export has no per-call resource state to
 // switch; it only checks that the toolbar window exists and keeps exceptions
-// away from the client.
+// away from the client. An export is an entry into our code like a window
+// procedure (see EntryScope).
 template <class Body>
 void RunExport(const wchar_t* name, Body body) noexcept {
+    velk::win32::EntryScope entry;
     try {
-        velk::toolbar::CToolBarWnd* wnd = Globals().toolbar;
+        velk::toolbar::CToolBarWnd* wnd = velk::toolbar::CToolBarWnd::Instance();
         if (wnd == nullptr || wnd->hwnd() == nullptr)
             return;
         body(*wnd);
@@ -46,10 +45,8 @@ void RunExport(const wchar_t* name, Body body) noexcept {
 extern "C" {
 
 void WINAPI SetOEBrowserWnd(HWND browser) {
-    RunExport(L"SetOEBrowserWnd", [browser](velk::toolbar::CToolBarWnd& wnd) {
-        Globals().browser_from_export = browser;
-        wnd.SetHostWindow(browser);
-    });
+    RunExport(L"SetOEBrowserWnd",
+              [browser](velk::toolbar::CToolBarWnd& wnd) { wnd.SetHostWindow(browser); });
 }
 
 void WINAPI ReBuildToolBar(void) {
@@ -66,9 +63,9 @@ BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved) {
         switch (reason) {
             case DLL_PROCESS_ATTACH:
                 ::DisableThreadLibraryCalls(instance);
-                return velk::host::TheApp().InitInstance(instance) ? TRUE : FALSE;
+                return velk::addin::TheApp().InitInstance(instance) ? TRUE : FALSE;
             case DLL_PROCESS_DETACH:
-                velk::host::TheApp().ExitInstance(reserved != nullptr);
+                velk::addin::TheApp().ExitInstance(reserved != nullptr);
                 return TRUE;
             default:
                 return TRUE;

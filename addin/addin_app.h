@@ -1,5 +1,9 @@
 // The application object: the add-in's start-up when the library loads and
 // its shut-down when it unloads, both run from DllMain under the loader lock.
+// Start-up therefore does only what decides whether the load succeeds (the
+// language module, the refusal of a second copy, the data folder, the hidden
+// toolbar window); everything else follows from the toolbar window's own
+// message once the load has returned.
 #pragma once
 
 #include <windows.h>
@@ -8,11 +12,7 @@
 
 #include "common_src/win32/ResourceHandle.h"
 
-namespace velk::toolbar {
-class CToolBarWnd;
-}
-
-namespace velk::host {
+namespace velk::addin {
 
 class CVELK_OEAgentApp {
 public:
@@ -28,10 +28,9 @@ public:
     int ExitInstance(bool process_exit);
 
 private:
-    toolbar::CToolBarWnd* m_pToolBarWnd = nullptr;
     std::unique_ptr<ResourceHandle> m_pMUIResource;
 };
 
 CVELK_OEAgentApp& TheApp();
 
-}  // namespace velk::host
+}  // namespace velk::addin

@@ -1,4 +1,4 @@
-#include "host/addin_app.h"
+#include "addin/addin_app.h"
 
 #include "actions/head_makers.h"
 #include "host/addin_globals.h"
@@ -9,7 +9,9 @@
 #include "toolbar/toolbar_button.h"
 #include "toolbar/toolbar_wnd.h"
 
-namespace velk::host {
+namespace velk::addin {
+
+using host::Globals;
 
 CVELK_OEAgentApp& TheApp() {
     static CVELK_OEAgentApp app;
@@ -37,7 +39,7 @@ bool CVELK_OEAgentApp::InitInstance(HMODULE self) {
 
     // One add-in per desktop: a second copy (another file name, another
     // folder) would put a second band into the same client.
-    if (::FindWindowW(kToolBarWindowClass, nullptr) != nullptr) {
+    if (::FindWindowW(host::kToolBarWindowClass, nullptr) != nullptr) {
         Globals().resources = nullptr;
         m_pMUIResource.reset();
         return false;
@@ -51,8 +53,7 @@ bool CVELK_OEAgentApp::InitInstance(HMODULE self) {
     }
     actions::BuildHeadMakerMap();
 
-    m_pToolBarWnd = toolbar::CToolBarWnd::CreateToolBarWindow();
-    if (m_pToolBarWnd == nullptr) {
+    if (toolbar::CToolBarWnd::CreateToolBarWindow() == nullptr) {
         actions::FreeHeadMakerMap();
         Globals().resources = nullptr;
         m_pMUIResource.reset();
@@ -62,16 +63,21 @@ bool CVELK_OEAgentApp::InitInstance(HMODULE self) {
 }
 
 int CVELK_OEAgentApp::ExitInstance(bool process_exit) {
+    // Reached on the client's thread (its FreeLibrary with no worker left, or
+    // the process's end) or on the worker's, whose reference was the last:
+    // that happens only once the add-in has left the client's thread, so
+    // there is nothing of ours left there to take down.
+    toolbar::CToolBarWnd* wnd = toolbar::CToolBarWnd::Instance();
+    HWND window = wnd != nullptr ? wnd->hwnd() : nullptr;
+    if (window != nullptr && ::IsWindow(window)) {
+        if (::GetWindowThreadProcessId(window, nullptr) == ::GetCurrentThreadId())
+            ::SendMessageW(window, WM_CLOSE, 0, 0);
+        else
+            VELK_LOG(L"!!! the add-in unloads on another thread than its window's");
+    }
     // The client's window must not keep calling a procedure of ours once the
     // library is gone.
-    CHostHook::Instance().RestoreBeforeUnload();
-    if (toolbar::CToolBarWnd* wnd = Globals().toolbar) {
-        if (HWND window = wnd->hwnd()) {
-            if (::IsWindow(window))
-                ::SendMessageW(window, WM_CLOSE, 0, 0);
-        }
-    }
-    m_pToolBarWnd = nullptr;
+    host::CHostHook::Instance().Unhook();
     if (!process_exit) {
         // Classes of a DLL outlive it; a later copy must not find ours
         // pointing into unmapped code.
@@ -85,4 +91,4 @@ int CVELK_OEAgentApp::ExitInstance(bool process_exit) {
     return 0;
 }
 
-}  // namespace velk::host
+}  // namespace velk::addin

@@ -14,8 +14,8 @@ typedef void(WINAPI* ReBuildToolBarFn)(void);
 typedef void(WINAPI* DestroyToolBarFn)(void);
 }
 
-namespace velk::host {
+namespace velk::addin {
 constexpr char kExportSetOEBrowserWnd[] = "SetOEBrowserWnd";
 constexpr char kExportReBuildToolBar[] = "ReBuildToolBar";
 constexpr char kExportDestroyToolBar[] = "DestroyToolBar";
-}  // namespace velk::host
+}  // namespace velk::addin
