@@ -88,10 +88,13 @@ TEST_F(DemoSummary, WhatTheRunMissedFailsIt) {
 }
 
 TEST_F(DemoSummary, OnlyOutlookExpressMustDetachBeforeItsOwnClose) {
-    // A window procedure of the add-in's still in place is as bad as the band.
+    // The band still in the rebar when Outlook Express's own handler runs
+    // fails the run (the hook's subclass itself only comes off inside
+    // WM_CLOSE, so `hooked` says nothing there).
+    run_.client_events = "0.2 start mode=oe\n900.0 wm-close band=1 hooked=1\n";
+    EXPECT_EQ(1u, Summarize(run_).failures.size());
     run_.client_events = "0.2 start mode=oe\n900.0 wm-close band=0 hooked=1\n";
-    EXPECT_EQ(std::vector<std::string>{"the add-in had not detached when the client got WM_CLOSE"},
-              Summarize(run_).failures);
+    EXPECT_TRUE(Summarize(run_).failures.empty());
     // Windows Mail tears the band down from outside; its close finds it.
     run_.client_events = "0.2 start mode=wmail\n900.0 wm-close band=1 hooked=1\n";
     EXPECT_TRUE(Summarize(run_).failures.empty());
