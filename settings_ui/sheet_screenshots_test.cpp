@@ -73,12 +73,22 @@ TEST(SheetScreenshots, DetectionPagesLinkFilterAndBothLevelDialogs) {
         .Then([&] { return FindDialog(serenel) == nullptr; })
         .Do([&] { ::SendMessageW(sheet(), PSM_SETCURSEL, 1, 0); })
         .Wait(400)
+        .Do([&] { shots += Shoot(sheet(), L"sheet_link_filter"); })
+        // The other tabs, as they sit in this sheet.
+        .Do([&] { ::SendMessageW(sheet(), PSM_SETCURSEL, 2, 0); })
+        .Wait(400)
+        .Do([&] { shots += Shoot(sheet(), L"sheet_approved_senders"); })
+        .Do([&] { ::SendMessageW(sheet(), PSM_SETCURSEL, 4, 0); })
+        .Wait(400)
+        .Do([&] { shots += Shoot(sheet(), L"sheet_blocked_languages"); })
+        .Do([&] { ::SendMessageW(sheet(), PSM_SETCURSEL, 5, 0); })
+        .Wait(400)
         .Do([&] {
-            shots += Shoot(sheet(), L"sheet_link_filter");
+            shots += Shoot(sheet(), L"sheet_advanced");
             ::PostMessageW(sheet(), WM_COMMAND, IDCANCEL, 0);
         });
     ASSERT_TRUE(script.Run([&] { ShowFilteringSheet(world.ui()); }));
-    EXPECT_EQ(5, shots);
+    EXPECT_EQ(8, shots);
 }
 
 }  // namespace
