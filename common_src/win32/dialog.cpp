@@ -125,6 +125,10 @@ INT_PTR Dialog::Dispatch(Dialog* self, HWND hwnd, UINT msg, WPARAM wp, LPARAM lp
         return FALSE;
     }
     // `self` may be gone from here on (see Window::Dispatch).
+    return DialogAnswer(hwnd, msg, handled, result);
+}
+
+INT_PTR DialogAnswer(HWND hwnd, UINT msg, bool handled, LRESULT result) noexcept {
     if (!handled)
         return msg == WM_INITDIALOG ? TRUE : FALSE;
     if (DialogAnswersDirectly(msg))

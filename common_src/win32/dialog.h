@@ -15,6 +15,10 @@ namespace velk::win32 {
 // DWLP_MSGRESULT (WM_INITDIALOG, WM_CTLCOLOR*, ...).
 bool DialogAnswersDirectly(UINT msg) noexcept;
 
+// What a dialog procedure returns for a message its object handled (or not)
+// with `result`: directly, or TRUE with the answer in DWLP_MSGRESULT.
+INT_PTR DialogAnswer(HWND hwnd, UINT msg, bool handled, LRESULT result) noexcept;
+
 class Dialog {
 public:
     Dialog() noexcept = default;

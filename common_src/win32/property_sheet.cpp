@@ -107,12 +107,7 @@ INT_PTR CALLBACK PropertyPage::StaticProc(HWND hwnd, UINT msg, WPARAM wp, LPARAM
         RunFinalMessageGuarded(L"page", hwnd, [&] { self->OnFinalMessage(hwnd); });
         return FALSE;
     }
-    if (!handled)
-        return msg == WM_INITDIALOG ? TRUE : FALSE;
-    if (DialogAnswersDirectly(msg))
-        return static_cast<INT_PTR>(result);
-    ::SetWindowLongPtrW(hwnd, DWLP_MSGRESULT, result);
-    return TRUE;
+    return DialogAnswer(hwnd, msg, handled, result);
 }
 
 INT_PTR PropertySheet::DoModal(HWND owner, const std::wstring& caption, DWORD flags,
