@@ -317,21 +317,10 @@ bool BitmapSlider::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& resul
             ::InvalidateRect(hwnd(), nullptr, FALSE);
             return false;
         case WM_ERASEBKGND:
-            result = 1;
-            return true;
-        case WM_PAINT: {
-            win32::BufferedPaint paint(hwnd());
-            Paint(paint.dc(), paint.client());
-            result = 0;
-            return true;
-        }
-        case WM_PRINTCLIENT: {
-            RECT client{};
-            ::GetClientRect(hwnd(), &client);
-            Paint(reinterpret_cast<HDC>(wp), client);
-            result = 0;
-            return true;
-        }
+        case WM_PAINT:
+        case WM_PRINTCLIENT:
+            return win32::PaintOwnClient(hwnd(), msg, wp, result,
+                                         [this](HDC dc, const RECT& client) { Paint(dc, client); });
         case WM_DESTROY:
             DropTooltips();
             return false;

@@ -69,21 +69,10 @@ bool TabStrip::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
             }
             return false;
         case WM_ERASEBKGND:
-            result = 1;
-            return true;
-        case WM_PAINT: {
-            win32::BufferedPaint paint(hwnd());
-            Paint(paint.dc(), paint.client());
-            result = 0;
-            return true;
-        }
-        case WM_PRINTCLIENT: {
-            RECT client{};
-            ::GetClientRect(hwnd(), &client);
-            Paint(reinterpret_cast<HDC>(wp), client);
-            result = 0;
-            return true;
-        }
+        case WM_PAINT:
+        case WM_PRINTCLIENT:
+            return win32::PaintOwnClient(hwnd(), msg, wp, result,
+                                         [this](HDC dc, const RECT& client) { Paint(dc, client); });
         case WM_SETFOCUS:
         case WM_KILLFOCUS:
         case WM_UPDATEUISTATE:

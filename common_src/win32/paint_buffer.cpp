@@ -49,4 +49,28 @@ BufferedPaint::~BufferedPaint() {
     ::EndPaint(hwnd_, &ps_);
 }
 
+bool PaintOwnClient(HWND hwnd, UINT msg, WPARAM wp, LRESULT& result,
+                    const std::function<void(HDC, const RECT&)>& paint) {
+    switch (msg) {
+        case WM_ERASEBKGND:
+            result = 1;
+            return true;
+        case WM_PAINT: {
+            BufferedPaint buffered(hwnd);
+            paint(buffered.dc(), buffered.client());
+            result = 0;
+            return true;
+        }
+        case WM_PRINTCLIENT: {
+            RECT client{};
+            ::GetClientRect(hwnd, &client);
+            paint(reinterpret_cast<HDC>(wp), client);
+            result = 0;
+            return true;
+        }
+        default:
+            return false;
+    }
+}
+
 }  // namespace velk::win32

@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include <functional>
 #include <optional>
 
 #include "common_src/win32/handles.h"
@@ -57,5 +58,12 @@ private:
     RECT client_;
     std::optional<PaintBuffer> buffer_;  // reset before EndPaint
 };
+
+// The three messages of a control that draws its whole client itself:
+// WM_ERASEBKGND (nothing to erase), WM_PAINT (double-buffered) and
+// WM_PRINTCLIENT (into the given DC), each handed to `paint` with the client
+// rectangle. False for any other message.
+bool PaintOwnClient(HWND hwnd, UINT msg, WPARAM wp, LRESULT& result,
+                    const std::function<void(HDC, const RECT&)>& paint);
 
 }  // namespace velk::win32
