@@ -22,6 +22,7 @@ needs=(
   "imagemagick:/usr/bin/convert-im6.q16"
   "clang-format:/usr/bin/clang-format"
   "ccache:/usr/bin/ccache"
+  "locales:/usr/share/i18n/locales/de_DE"
 )
 
 missing=()

@@ -5,6 +5,10 @@
 # never ~/.wine) and one virtual X display for the whole run. The prefix is
 # prepared once and reused. Every Wine and X process started here is ended
 # when the command ends, whatever its outcome.
+#
+# VELK_LOCALE=de-DE (a Windows locale name) runs the session as on a system of
+# that language: Wine takes the system and user locale from the Unix locale,
+# which is compiled once into BUILD_TREE/locale (no root, nothing system-wide).
 set -u
 if [ $# -lt 2 ]; then
   echo "usage: $0 BUILD_TREE COMMAND [ARGS...]" >&2
@@ -22,6 +26,22 @@ export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d;winedbg.exe=d"
 export WINE=/usr/lib/wine/wine64
 export WINESERVER=/usr/lib/wine/wineserver
 export VELK_WINE_SESSION=1
+
+if [ -n "${VELK_LOCALE:-}" ]; then
+  unix_locale="${VELK_LOCALE/-/_}.UTF-8"
+  if [ ! -d "$tree/locale/$unix_locale" ]; then
+    mkdir -p "$tree/locale"
+    if ! localedef -i "${VELK_LOCALE/-/_}" -f UTF-8 "$tree/locale/$unix_locale" >/dev/null 2>&1; then
+      rm -rf "${tree:?}/locale/$unix_locale"
+      echo "wine-session: no locale data for '$VELK_LOCALE' (package locales)" >&2
+      exit 2
+    fi
+  fi
+  export LOCPATH="$tree/locale"
+  # bash itself cannot load the private locale (it reads LOCPATH only at
+  # start); its warning says nothing about the Wine processes, which can.
+  export LC_ALL="$unix_locale" 2>/dev/null
+fi
 
 xvfb_pid=
 displayfile=$(mktemp)
