@@ -6,6 +6,7 @@
 #   make fuzz    run every libFuzzer target for FUZZ_SECONDS (default 60)
 #   make demo    the main job: the add-in in the mail-client stand-in, scripted session
 #   make stress  the add-in under load in the stand-ins (STRESS_SEED=n repeats a run)
+#   make screenshots  every window, English and German, into docs/screens/ (SCREENS_DPI=120)
 #   make format  clang-format every source file in place
 
 BUILD ?= build
@@ -19,7 +20,7 @@ NAT := $(BUILD)/native
 FZ := $(BUILD)/fuzz
 NB := $(BUILD)/native-bench
 
-.PHONY: all test dist bench fuzz demo stress format format-check bootstrap \
+.PHONY: all test dist bench fuzz demo stress screenshots format format-check bootstrap \
         windows native clean
 
 all: windows native
@@ -71,6 +72,12 @@ stress: bootstrap $(WIN)/CMakeCache.txt
 demo: bootstrap $(WIN)/CMakeCache.txt
 	cmake --build $(WIN) --target dist demo_driver -j$(JOBS)
 	scripts/demo.sh $(BUILD)
+
+# Builds only what the run needs; not part of `make test`. SCREENS_DPI=120
+# writes docs/screens/<lang>-120dpi/.
+screenshots: bootstrap $(WIN)/CMakeCache.txt
+	cmake --build $(WIN) --target dist velk_screens -j$(JOBS)
+	scripts/screenshots.sh $(WIN)
 
 FORMAT_FILES = $(shell git ls-files -co --exclude-standard '*.cpp' '*.h' | grep -v '^build/')
 

@@ -1,4 +1,4 @@
-// A settings world for the benchmark and the screenshots of this folder's
+// A settings world for the benchmark of this folder's
 // windows: an installation and a user folder under %TEMP% filled with the
 // values a working installation has, the language module and the string
 // table of the build tree.
