@@ -84,7 +84,8 @@ public:
     void Go(bool with_menu) {
         if (!Start())
             return;
-        // The band and the message list's top edge: what the band sits in.
+        // The title and the rebars down to the band's lower edge; below is
+        // only the empty message list.
         Settle(browser_);
         RECT area = ScreenRect(browser_);
         area.bottom =
@@ -121,16 +122,16 @@ private:
                 if (!client_.Running())
                     return true;
                 browser_ = FindProcessWindow(client_.id(), kBrowserClass);
-                report_spam_parent_ = nullptr;
+                band_ = nullptr;
                 if (browser_ && demo::ClientHasBand(browser_, kBandId) &&
                     (report_spam = demo::FindDescendantById(browser_, ID_TB_REPORT_SPAM)) &&
                     ::IsWindowVisible(report_spam)) {
-                    report_spam_parent_ = ::GetParent(report_spam);
+                    band_ = ::GetParent(report_spam);
                 }
-                return report_spam_parent_ != nullptr;
+                return band_ != nullptr;
             },
             kOpenTimeoutMs);
-        if (report_spam_parent_ == nullptr)
+        if (band_ == nullptr)
             return Fail(client_.Running() ? L"no band in the client within 20 s"
                                           : L"the client ended during its start");
         ::SetForegroundWindow(browser_);
@@ -138,8 +139,7 @@ private:
     }
 
     void ShootLogoMenu() {
-        ::PostMessageW(report_spam_parent_, WM_COMMAND, MAKEWPARAM(ID_TB_MENU_BUTTON, BN_CLICKED),
-                       0);
+        ::PostMessageW(band_, WM_COMMAND, MAKEWPARAM(ID_TB_MENU_BUTTON, BN_CLICKED), 0);
         HWND menu = demo::WaitForWindow([&] { return FindProcessWindow(client_.id(), kMenuClass); },
                                         kOpenTimeoutMs);
         if (menu == nullptr) {
@@ -179,7 +179,7 @@ private:
     std::wstring name_;
     demo::ChildProcess client_;
     HWND browser_ = nullptr;
-    HWND report_spam_parent_ = nullptr;
+    HWND band_ = nullptr;
 };
 
 }  // namespace

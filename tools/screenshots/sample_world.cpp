@@ -9,6 +9,7 @@
 
 #include "senders/block_encodings.h"
 #include "senders/sender_list_wide.h"
+#include "settings_ui/about_dlg.h"
 #include "settings_ui/password_codec.h"
 
 namespace velk::screens {
@@ -108,7 +109,12 @@ bool SampleWorld::WriteUserFiles() {
     Put(user, L"Qzufe", L"SecurityLevel", L"2");
     Put(user, L"LinkFilter", L"TrustedDomains",
         L"bank.example;example.com;mail.example.org;intranet.example.net");
-    Put(user, L"Antispam", L"VELKOEVer", L"3.5.0.1204");
+    // The scanning process writes the add-in's own version here; this
+    // program carries the add-in's version resource.
+    std::wstring version, build;
+    if (!settings_ui::CAboutDlg::ReadModuleVersion(::GetModuleHandleW(nullptr), version, build))
+        version = L"3.5.0.0";
+    Put(user, L"Antispam", L"VELKOEVer", version);
     Put(user, L"Antispam", L"EngineVer", L"8.2.1017");
     Put(user, L"Antispam", L"PatchVer", L"2024117");
     Put(user, L"Statistics", L"RunningSince", std::to_wstring(now - 127 * 86400));
