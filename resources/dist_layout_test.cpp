@@ -12,10 +12,14 @@ namespace velk::res {
 namespace {
 
 TEST(StagedTree, HoldsTheInstallationFilesWhereTheAddinLooks) {
+    std::vector<std::wstring> files = {L"bin\\VELK_OEA.dll", L"bin\\VELK_OE.ini",
+                                       L"Resource\\LanguageMap.ini"};
+    for (const std::wstring& language : test::Languages()) {
+        files.push_back(L"Resource\\" + language + L"\\StringTable.ini");
+        files.push_back(L"Resource\\" + language + L"\\VELK_OEA.dll.mui");
+    }
     std::vector<unsigned char> bytes;
-    for (const wchar_t* file :
-         {L"bin\\VELK_OEA.dll", L"bin\\VELK_OE.ini", L"Resource\\LanguageMap.ini",
-          L"Resource\\en-US\\StringTable.ini", L"Resource\\en-US\\VELK_OEA.dll.mui"})
+    for (const std::wstring& file : files)
         EXPECT_TRUE(test::ReadAll(test::DistPath(file), bytes)) << "not staged: " << file;
 
     // The string loader finds the tables from the module folder through

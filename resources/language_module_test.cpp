@@ -1,6 +1,7 @@
-// The language module as the add-in uses it: loaded from the staged tree,
-// its menu cut on the first pop-up, its dialog created as the band, its
-// bitmaps loaded the way the band loads them.
+// The language modules as the add-in uses them: loaded from the staged tree,
+// their menus cut on the first pop-up, the band's dialog created, the
+// bitmaps loaded the way the band loads them; every translation against the
+// English module.
 #include "resources/resource_ids.h"
 #include "resources/resources_test_util.h"
 
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <cwctype>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -21,8 +23,8 @@ namespace {
 using win32::unique_hbitmap;
 using win32::unique_hmodule;
 
-unique_hmodule LoadModule(DWORD flags) {
-    static const std::wstring path = test::DistPath(L"Resource\\en-US\\VELK_OEA.dll.mui");
+unique_hmodule LoadModule(DWORD flags, const std::wstring& language = L"en-US") {
+    const std::wstring path = test::DistPath(L"Resource\\" + language + L"\\VELK_OEA.dll.mui");
     return unique_hmodule(::LoadLibraryExW(path.c_str(), nullptr, flags));
 }
 
@@ -94,12 +96,16 @@ void ExpectOwnAccessKeys(HMENU sub) {
 // deleted first (the band does that at start when the installation hides
 // it), the band's fixed positions take out exactly the updates entries and
 // the menu still reads cleanly.
+// Every language has the English layout.
 TEST(LogoMenu, FirstPopupRemovesTheUpdatesEntriesAndEveryVariantReadsCleanly) {
-    unique_hmodule module = LoadModule(LOAD_LIBRARY_AS_DATAFILE);
-    ASSERT_TRUE(module);
     const std::pair<int, UINT> sub_menus[] = {
         {LOGO_SUBMENU_BUTTONS_ENABLED, ID_MENU_DISABLE_TOOLBAR},
         {LOGO_SUBMENU_BUTTONS_DISABLED, ID_MENU_ENABLE_TOOLBAR}};
+    std::vector<UINT> english[2];
+    for (const std::wstring& language : test::Languages()) {
+    SCOPED_TRACE(language);
+    unique_hmodule module = LoadModule(LOAD_LIBRARY_AS_DATAFILE, language);
+    ASSERT_TRUE(module);
     for (bool without_cloud_feedback : {false, true}) {
         win32::unique_hmenu menu(::LoadMenuW(module.get(), MAKEINTRESOURCEW(IDR_LOGO_MENU)));
         ASSERT_TRUE(menu);
@@ -110,6 +116,9 @@ TEST(LogoMenu, FirstPopupRemovesTheUpdatesEntriesAndEveryVariantReadsCleanly) {
             const UINT other = toolbar_switch == ID_MENU_ENABLE_TOOLBAR ? ID_MENU_DISABLE_TOOLBAR
                                                                         : ID_MENU_ENABLE_TOOLBAR;
             std::vector<UINT> before = Layout(sub);
+            if (english[index].empty())
+                english[index] = before;
+            EXPECT_EQ(english[index], before);
             ExpectOwnAccessKeys(sub);
             EXPECT_EQ(1, std::count(before.begin(), before.end(), toolbar_switch));
             EXPECT_EQ(0, std::count(before.begin(), before.end(), other));
@@ -127,6 +136,76 @@ TEST(LogoMenu, FirstPopupRemovesTheUpdatesEntriesAndEveryVariantReadsCleanly) {
             const std::vector<UINT> after = Layout(sub);
             EXPECT_EQ(before.size() - 3, after.size());
             ExpectReadsCleanly(after);
+        }
+    }
+    }
+}
+
+// ---------------------------------------------------------------- translations
+
+std::set<int> Names(HMODULE module, LPCWSTR type) {
+    std::set<int> names;
+    ::EnumResourceNamesW(
+        module, type,
+        [](HMODULE, LPCWSTR, LPWSTR name, LONG_PTR out) {
+            reinterpret_cast<std::set<int>*>(out)->insert(static_cast<int>(LOWORD(name)));
+            return TRUE;
+        },
+        reinterpret_cast<LONG_PTR>(&names));
+    return names;
+}
+
+// A DLGTEMPLATEEX (what the resource compiler writes for DIALOGEX) read as
+// its controls' ids, each with the access key of its text, if any.
+std::multimap<DWORD, wchar_t> Controls(HMODULE module, int id) {
+    std::multimap<DWORD, wchar_t> controls;
+    HRSRC found = ::FindResourceW(module, MAKEINTRESOURCEW(id), RT_DIALOG);
+    const auto* p = static_cast<const WORD*>(::LockResource(::LoadResource(module, found)));
+    if (p == nullptr || p[1] != 0xFFFF)
+        return controls;
+    const DWORD style = *reinterpret_cast<const DWORD*>(p + 6);
+    const WORD count = p[8];
+    auto skip = [](const WORD* q) { return *q == 0xFFFF ? q + 2 : q + wcslen(reinterpret_cast<const wchar_t*>(q)) + 1; };
+    p = skip(skip(skip(p + 13)));  // menu, class, title
+    if (style & DS_SETFONT)
+        p = skip(p + 3);
+    for (WORD i = 0; i < count; ++i) {
+        p = reinterpret_cast<const WORD*>((reinterpret_cast<UINT_PTR>(p) + 3) & ~UINT_PTR{3});
+        const DWORD control = *reinterpret_cast<const DWORD*>(p + 10);
+        const WORD* title = skip(p + 12);
+        const std::wstring text = *title == 0xFFFF ? L"" : reinterpret_cast<const wchar_t*>(title);
+        const size_t amp = text.find(L'&');
+        controls.emplace(control, amp < text.size() - 1 ? std::towupper(text[amp + 1]) : 0);
+        p = skip(title);
+        p = reinterpret_cast<const WORD*>(reinterpret_cast<const BYTE*>(p + 1) + *p);
+    }
+    return controls;
+}
+
+// A translation has the English dialogs, menus and bitmaps under the same
+// ids, the same controls in each dialog (the code finds them by id) and
+// within a dialog no access key twice.
+TEST(Translations, HaveTheEnglishResourcesControlsAndOwnAccessKeys) {
+    unique_hmodule english = LoadModule(LOAD_LIBRARY_AS_DATAFILE);
+    ASSERT_TRUE(english);
+    EXPECT_GE(Names(english.get(), RT_DIALOG).size(), 15u);
+    for (const std::wstring& language : test::Languages()) {
+        SCOPED_TRACE(language);
+        unique_hmodule module = LoadModule(LOAD_LIBRARY_AS_DATAFILE, language);
+        ASSERT_TRUE(module);
+        for (LPCWSTR type : {RT_DIALOG, RT_MENU, RT_BITMAP})
+            EXPECT_EQ(Names(english.get(), type), Names(module.get(), type));
+        for (int dialog : Names(english.get(), RT_DIALOG)) {
+            const auto controls = Controls(module.get(), dialog);
+            std::multiset<DWORD> ids, english_ids;
+            std::set<wchar_t> keys;
+            for (const auto& [id, key] : controls) {
+                ids.insert(id);
+                EXPECT_TRUE(key == 0 || keys.insert(key).second) << dialog << ": &" << char(key);
+            }
+            for (const auto& control : Controls(english.get(), dialog))
+                english_ids.insert(control.first);
+            EXPECT_EQ(english_ids, ids) << dialog;
         }
     }
 }

@@ -15,6 +15,17 @@ std::wstring DistPath(const std::wstring& relative) {
     return WindowsPathOf(VELK_TEST_DIST_DIR) + L"\\" + relative;
 }
 
+std::vector<std::wstring> Languages() {
+    std::vector<std::wstring> languages(1);
+    for (const char* c = VELK_TEST_LANGUAGES; *c; ++c) {
+        if (*c == ',')
+            languages.emplace_back();
+        else
+            languages.back() += static_cast<wchar_t>(*c);
+    }
+    return languages;
+}
+
 bool ReadAll(const std::wstring& path, std::vector<unsigned char>& bytes) {
     bytes.clear();
     win32::unique_file file(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,

@@ -1,7 +1,7 @@
-// The shipped string table and language map, read from the staged tree the
+// The shipped string tables and language map, read from the staged tree the
 // way the string loader reads them (the profile API), against the texts the
-// code asks for, plus the file-level rules the profile API would silently
-// get wrong.
+// code asks for and against the English table, plus the file-level rules the
+// profile API would silently get wrong.
 #include "resources/resources_test_util.h"
 
 #include <gtest/gtest.h>
@@ -46,9 +46,10 @@ bool IsDecimal(const std::wstring& s) {
 // byte-order mark, every line ends in CR LF (a bare line break inside a text
 // cuts it), there is the one section, and no key is there twice (the first
 // would win) or ends in a blank.
-::testing::AssertionResult ReadTable(std::map<std::wstring, std::wstring>& table) {
+::testing::AssertionResult ReadTable(const std::wstring& language,
+                                     std::map<std::wstring, std::wstring>& table) {
     std::vector<unsigned char> bytes;
-    if (!test::ReadAll(DistPath(L"Resource\\en-US\\StringTable.ini"), bytes))
+    if (!test::ReadAll(DistPath(L"Resource\\" + language + L"\\StringTable.ini"), bytes))
         return ::testing::AssertionFailure() << "cannot read the table";
     if (bytes.size() < 2 || bytes[0] != 0xFF || bytes[1] != 0xFE || bytes.size() % 2)
         return ::testing::AssertionFailure() << "not UTF-16LE with a byte-order mark";
@@ -104,52 +105,73 @@ std::map<std::string, std::string> IdsNamedByTheCode() {
     return ids;
 }
 
-TEST(StringTable, HoldsEveryTextTheCodeAsksForOnceThroughTheProfileApi) {
-    std::map<std::wstring, std::wstring> table;
-    ASSERT_TRUE(ReadTable(table));
+std::wstring Table(const std::wstring& language) {
+    return L"Resource\\" + language + L"\\StringTable.ini";
+}
+
+// What a translation must keep: the placeholders and printf fields, in order.
+std::vector<std::wstring> Tokens(const std::wstring& text) {
+    static const std::wregex token(L"<\\$[^>]*>|%.");
+    std::vector<std::wstring> tokens;
+    for (std::wsregex_iterator m(text.begin(), text.end(), token), end; m != end; ++m)
+        tokens.push_back(m->str());
+    return tokens;
+}
+
+TEST(StringTable, EveryLanguageHoldsEveryTextTheCodeAsksForWithTheEnglishPlaceholders) {
+    std::map<std::wstring, std::wstring> english;
+    ASSERT_TRUE(ReadTable(L"en-US", english));
     const std::map<std::string, std::string> asked = IdsNamedByTheCode();
     EXPECT_GT(asked.size(), 5u);
     for (const auto& [id, file] : asked) {
-        const std::wstring key(id.begin(), id.end());
-        EXPECT_TRUE(table.count(key)) << file << " asks for " << id;
-        EXPECT_FALSE(Profile(L"Resource\\en-US\\StringTable.ini", kSection, key.c_str()).empty())
-            << id;
+        EXPECT_TRUE(english.count(std::wstring(id.begin(), id.end()))) << file << " asks for " << id;
+    }
+    for (const std::wstring& language : test::Languages()) {
+        std::map<std::wstring, std::wstring> table;
+        ASSERT_TRUE(ReadTable(language, table)) << language;
+        EXPECT_EQ(english.size(), table.size()) << language;
+        for (const auto& [key, text] : english) {
+            EXPECT_EQ(Tokens(text), Tokens(table[key])) << language << " " << key;
+            EXPECT_FALSE(Profile(Table(language).c_str(), kSection, key.c_str()).empty())
+                << language << " " << key;
+        }
     }
 }
 
 TEST(StringTable, TextsFitWhereTheyAreShownAndCarryOnlyKnownPlaceholders) {
-    std::map<std::wstring, std::wstring> table;
-    ASSERT_TRUE(ReadTable(table));
     const std::set<std::wstring> known = {L"<$CORP_NAME>", L"<$PRODUCT NAME>", L"<$SPAM_NAME>"};
-    for (const auto& [key, text] : table) {
-        for (size_t at = text.find(L"<$"); at != std::wstring::npos; at = text.find(L"<$", at + 1))
-            EXPECT_TRUE(known.count(text.substr(at, text.find(L'>', at) - at + 1))) << key;
+    for (const std::wstring& language : test::Languages()) {
+        SCOPED_TRACE(language);
+        std::map<std::wstring, std::wstring> table;
+        ASSERT_TRUE(ReadTable(language, table));
+        for (const auto& [key, text] : table) {
+            for (const std::wstring& token : Tokens(text))
+                EXPECT_TRUE(known.count(token) || (token == L"%d" && key == L"IDS_LISTFULL_MSG"))
+                    << key;
+            const bool caption =
+                EndsWith(key, L"_CAPTION") || key.find(L"_HEADER_") != std::wstring::npos;
+            if (caption || key.find(L"TOOLTIP") != std::wstring::npos) {
+                EXPECT_LE(text.size(), caption ? 32u : 100u) << key;
+                EXPECT_EQ(std::wstring::npos, text.find(L"\\n")) << key;
+            }
+            // The dialogs parse font sizes as plain decimal point sizes.
+            if (EndsWith(key, L"_FONT_SIZE")) {
+                EXPECT_TRUE(IsDecimal(text) && std::stol(text) >= 7 && std::stol(text) <= 14)
+                    << key;
+            }
+        }
         // Only the list-full message goes through printf, with one number.
-        if (key == L"IDS_LISTFULL_MSG") {
-            wchar_t formatted[512];
-            ASSERT_GT(swprintf(formatted, 512, text.c_str(), 8000), 0);
-            EXPECT_NE(nullptr, wcsstr(formatted, L"8000"));
-        } else {
-            EXPECT_EQ(std::wstring::npos, text.find(L'%')) << key;
-        }
-        const bool caption =
-            EndsWith(key, L"_CAPTION") || key.find(L"_HEADER_") != std::wstring::npos;
-        if (caption || key.find(L"TOOLTIP") != std::wstring::npos) {
-            EXPECT_LE(text.size(), caption ? 32u : 100u) << key;
-            EXPECT_EQ(std::wstring::npos, text.find(L"\\n")) << key;
-        }
-        // The dialogs parse font sizes as plain decimal point sizes.
-        if (EndsWith(key, L"_FONT_SIZE")) {
-            EXPECT_TRUE(IsDecimal(text) && std::stol(text) >= 7 && std::stol(text) <= 14) << key;
-        }
+        wchar_t formatted[512];
+        ASSERT_GT(swprintf(formatted, 512, table[L"IDS_LISTFULL_MSG"].c_str(), 8000), 0);
+        EXPECT_NE(nullptr, wcsstr(formatted, L"8000"));
+        // The names put in for the placeholders contain none themselves.
+        for (const wchar_t* id : {L"IDS_CORP_NAME", L"IDS_PRODUCT_NAME", L"IDS_SPAM_NAME"})
+            EXPECT_EQ(std::wstring::npos, table[id].find(L"<$")) << id;
+        // The band's buttons are narrow.
+        for (const wchar_t* id : {L"IDS_RPTSPAM_CAPTION", L"IDS_RPTFP_CAPTION", L"IDS_POPUP_CAPTION"})
+            EXPECT_LE(table[id].size(), 14u) << id;
+        EXPECT_EQ(0u, table[L"IDS_FLENMARROW_NUVEXA_HOMEWEB"].find(L"http"));
     }
-    // The names put in for the placeholders contain none themselves.
-    for (const wchar_t* id : {L"IDS_CORP_NAME", L"IDS_PRODUCT_NAME", L"IDS_SPAM_NAME"})
-        EXPECT_EQ(std::wstring::npos, table[id].find(L"<$")) << id;
-    // The band's buttons are narrow.
-    for (const wchar_t* id : {L"IDS_RPTSPAM_CAPTION", L"IDS_RPTFP_CAPTION", L"IDS_POPUP_CAPTION"})
-        EXPECT_LE(table[id].size(), 14u) << id;
-    EXPECT_EQ(0u, table[L"IDS_FLENMARROW_NUVEXA_HOMEWEB"].find(L"http"));
 }
 
 // Every entry against the name the system itself gives that language: the
@@ -163,7 +185,7 @@ TEST(LanguageMap, MapsEachLanguageToTheSystemsOwnName) {
     const DWORD length = ::GetPrivateProfileSectionW(
         L"LCID2NAME", section.data(), static_cast<DWORD>(section.size()),
         DistPath(L"Resource\\LanguageMap.ini").c_str());
-    int entries = 0;
+    std::set<std::wstring> named;
     for (const wchar_t* p = section.data(); p < section.data() + length && *p; p += wcslen(p) + 1) {
         const std::wstring entry(p);
         const size_t eq = entry.find(L'=');
@@ -171,9 +193,11 @@ TEST(LanguageMap, MapsEachLanguageToTheSystemsOwnName) {
         wchar_t expected[86] = {};
         ASSERT_GT(to_name(wcstoul(p, nullptr, 10), expected, 86, 0), 0) << entry;
         EXPECT_EQ(0, ::lstrcmpiW(expected, entry.substr(eq + 1).c_str())) << entry;
-        ++entries;
+        named.insert(entry.substr(eq + 1));
     }
-    EXPECT_GE(entries, 10);
+    EXPECT_GE(named.size(), 10u);
+    for (const std::wstring& language : test::Languages())
+        EXPECT_TRUE(named.count(language)) << "no system language maps to the folder";
 }
 
 }  // namespace
