@@ -11,7 +11,14 @@
 #   velk_dist_add(VELK_OEA bin/VELK_OEA.dll)          # a target: its output file
 #   velk_dist_add(${CMAKE_CURRENT_SOURCE_DIR}/x.ini bin/x.ini)   # a file (absolute)
 #   velk_dist_consumer(my_e2e_tests)                  # needs the tree staged first
-#   velk_add_language_resources(my_dialogs.rc)        # into the language module
+#   velk_add_language_resources(my_dialogs.rc)        # into the language modules
+#
+# One language module and one string table per language of VELK_LANGUAGES.
+# en-US is the original; each other language has its translation of a
+# script beside it, named <stem>.<language>.rc (my_dialogs.de-DE.rc), which
+# velk_add_language_resources picks up by itself. A missing translation stops
+# the configuration: a module without a template would fail only when the
+# user opens that window.
 #
 # velk_dist_add appends "<target or file>|<destination>" to the global
 # property VELK_DIST_ITEMS. The `dist` target itself is created by
@@ -25,6 +32,8 @@
 #
 # Only the Windows tree stages; in the other trees these calls do nothing.
 include_guard(GLOBAL)
+
+set(VELK_LANGUAGES en-US de-DE CACHE INTERNAL "Languages of the language modules")
 
 function(velk_dist_add what destination)
     if(NOT VELK_WINDOWS)
@@ -51,13 +60,33 @@ function(velk_dist_consumer)
 endfunction()
 
 # Resource scripts of other folders (dialog templates of the settings pages,
-# for instance) linked into every language module. Relative paths are taken
-# from the calling folder.
+# for instance) linked into the language modules, each language its own
+# translation. Relative paths are taken from the calling folder.
 function(velk_add_language_resources)
     foreach(rc IN LISTS ARGN)
-        get_filename_component(abs "${rc}" ABSOLUTE BASE_DIR "${CMAKE_CURRENT_SOURCE_DIR}")
-        set_property(GLOBAL APPEND PROPERTY VELK_LANGUAGE_MODULE_SOURCES "${abs}")
+        velk_translations_of("${rc}" scripts)
+        foreach(language script IN ZIP_LISTS VELK_LANGUAGES scripts)
+            set_property(GLOBAL APPEND PROPERTY VELK_LANGUAGE_MODULE_SOURCES_${language} "${script}")
+        endforeach()
     endforeach()
+endfunction()
+
+# The script `rc` (relative to the calling folder) in every language of
+# VELK_LANGUAGES, in that order, as absolute paths.
+function(velk_translations_of rc out)
+    get_filename_component(abs "${rc}" ABSOLUTE BASE_DIR "${CMAKE_CURRENT_SOURCE_DIR}")
+    string(REGEX REPLACE "\\.rc$" "" stem "${abs}")
+    set(scripts)
+    foreach(language IN LISTS VELK_LANGUAGES)
+        set(script "${stem}.${language}.rc")
+        if(language STREQUAL "en-US")
+            set(script "${abs}")
+        elseif(NOT EXISTS "${script}")
+            message(FATAL_ERROR "${rc}: no ${language} translation (${script})")
+        endif()
+        list(APPEND scripts "${script}")
+    endforeach()
+    set(${out} ${scripts} PARENT_SCOPE)
 endfunction()
 
 function(velk_dist_target)

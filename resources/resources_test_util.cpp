@@ -1,6 +1,7 @@
 #include "resources/resources_test_util.h"
 
-#include "common_src/win32/handles.h"
+#include <fstream>
+#include <iterator>
 
 namespace velk::res::test {
 
@@ -15,22 +16,14 @@ std::wstring DistPath(const std::wstring& relative) {
     return WindowsPathOf(VELK_TEST_DIST_DIR) + L"\\" + relative;
 }
 
+std::vector<std::wstring> Languages() {
+    return {VELK_TEST_LANGUAGES};
+}
+
 bool ReadAll(const std::wstring& path, std::vector<unsigned char>& bytes) {
-    bytes.clear();
-    win32::unique_file file(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                          OPEN_EXISTING, 0, nullptr));
-    if (!file)
-        return false;
-    LARGE_INTEGER size{};
-    if (!::GetFileSizeEx(file.get(), &size) || size.QuadPart > (64 << 20))
-        return false;
-    bytes.resize(static_cast<size_t>(size.QuadPart));
-    DWORD read = 0;
-    if (!bytes.empty() &&
-        (!::ReadFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr) ||
-         read != bytes.size()))
-        return false;
-    return true;
+    std::ifstream in(path.c_str(), std::ios::binary);
+    bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return static_cast<bool>(in);
 }
 
 }  // namespace velk::res::test

@@ -13,12 +13,6 @@
 namespace velk::settings_ui {
 namespace {
 
-// The warnings read exactly as those of the scanning process's own proxy
-// settings, which users and its documentation already know.
-constexpr wchar_t kHostWarning[] = L"Host name incorrect,pls enter the correct host name";
-constexpr wchar_t kPortWarning[] = L"Port format incorrect,pls enter the correct port from 1 to 65535";
-constexpr wchar_t kWarningCaption[] = L"warning";
-
 const win32::ControlText kTexts[] = {
     {0, L"IDS_PROXY_CAPTION"},
     {IDC_PROXY_ENABLE, L"IDS_PROXY_ENABLE"},
@@ -83,12 +77,16 @@ bool CProxySettingDlg::OnOK() {
     // there must not keep the user from closing the dialog.
     if (m_bEnableProxy) {
         if (!IsAcceptedProxyHost(m_strHost)) {
-            win32::ShowMessageText(hwnd(), kHostWarning, kWarningCaption, MB_OK | MB_ICONWARNING);
+            // In English the warnings read exactly as those of the scanning
+            // process's own proxy settings, which users already know.
+            win32::ShowMessage(hwnd(), m_ui, L"IDS_PROXY_HOST_WARNING",
+                               L"IDS_PROXY_WARNING_CAPTION", MB_OK | MB_ICONWARNING);
             FocusItem(hwnd(), IDC_PROXY_HOST);
             return false;
         }
         if (!PassesPortCheck(port)) {
-            win32::ShowMessageText(hwnd(), kPortWarning, kWarningCaption, MB_OK | MB_ICONWARNING);
+            win32::ShowMessage(hwnd(), m_ui, L"IDS_PROXY_PORT_WARNING",
+                               L"IDS_PROXY_WARNING_CAPTION", MB_OK | MB_ICONWARNING);
             FocusItem(hwnd(), IDC_PROXY_PORT);
             return false;
         }

@@ -34,12 +34,6 @@ constexpr UINT kImportDone = WM_APP + 0x51;
 // Shows the handed-over senders' format error once the sheet is on screen.
 constexpr UINT kShowFormatError = WM_APP + 0x52;
 
-// Not localised: the scanning process's installer writes the key, and the
-// text speaks to whoever edited the file.
-constexpr wchar_t kFormatErrorCaption[] = L"Format Error!";
-constexpr wchar_t kFormatErrorText[] =
-    L"In VELK_OE.INI file,\nThe fomart of AppendMailList is not correct!\n\nPlease Modify";
-
 std::vector<std::u16string> KeysOfFile(SenderListKind kind, const std::wstring& path) {
     SenderList file(kind);
     LoadSenders(file, path);
@@ -62,8 +56,8 @@ bool CApproveSenderPage::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT&
             result = 0;
             return true;
         case kShowFormatError:
-            win32::ShowMessageText(win32::TopLevelOwner(hwnd()), kFormatErrorText,
-                                   kFormatErrorCaption, MB_OK | MB_ICONWARNING);
+            win32::ShowMessage(win32::TopLevelOwner(hwnd()), ui(), L"IDS_FORMAT_ERROR_MSG",
+                               L"IDS_FORMAT_ERROR_CAPTION", MB_OK | MB_ICONWARNING);
             result = 0;
             return true;
         default:
