@@ -87,8 +87,12 @@ void VirtualListView::Refresh() {
         return;
     const int count = static_cast<int>(std::min<std::size_t>(rows_->RowCount(), INT_MAX));
     // Setting the count updates the scroll bar, which costs milliseconds.
-    if (count != ListView_GetItemCount(hwnd()))
+    if (count != ListView_GetItemCount(hwnd())) {
         ListView_SetItemCountEx(hwnd(), count, LVSICF_NOSCROLL);
+        // The vertical scroll bar may have come or gone: the last column
+        // takes the width left, so rows and header reach the list's edge.
+        ListView_SetColumnWidth(hwnd(), kColumns - 1, LVSCW_AUTOSIZE_USEHEADER);
+    }
     if (selected() >= count)
         Select(-1);
     ::InvalidateRect(hwnd(), nullptr, FALSE);

@@ -123,8 +123,15 @@ void CBlockEncodingPage::OnInitDialog() {
         ListView_SetCheckState(list, static_cast<int>(i), entries_[i].blocked);
     }
     ListView_SetItemState(list, 0, LVIS_FOCUSED, LVIS_FOCUSED);
-    // The code pages take what the names leave, scroll bar or not.
+    // The names take what their longest one needs (in whatever language);
+    // the code pages take what is left, or as much as their longest list
+    // needs, so a long list scrolls sideways instead of ending in "...".
+    ListView_SetColumnWidth(list, 0, LVSCW_AUTOSIZE_USEHEADER);
     ListView_SetColumnWidth(list, 1, LVSCW_AUTOSIZE_USEHEADER);
+    const int left = ListView_GetColumnWidth(list, 1);
+    ListView_SetColumnWidth(list, 1, LVSCW_AUTOSIZE);
+    if (ListView_GetColumnWidth(list, 1) < left)
+        ListView_SetColumnWidth(list, 1, left);
     filling_ = false;
 }
 
