@@ -1,5 +1,6 @@
 // Shared pieces of the message-action tests under Wine: a capture of the
-// diagnostic log and the message-store stand-in set up for one test.
+// diagnostic log, the message-store stand-in over a fresh mailbox, and a
+// fixture with a receiving window and its queue.
 #pragma once
 
 #include <windows.h>
@@ -24,19 +25,13 @@ inline std::wstring TempPath(const std::wstring& name) {
     return dir + name + L"_" + std::to_wstring(::GetTickCount()) + L"_" + std::to_wstring(++serial);
 }
 
-inline std::string Narrow(const std::wstring& w) {
-    return std::string(w.begin(), w.end());
-}
-
 // The process log, opened into a fresh file for one test and read back.
-class LogCapture {
-public:
+struct LogCapture {
     LogCapture() { velk::log::Open(TempPath(L"velk_actions") + L".log"); }
     ~LogCapture() { velk::log::Close(); }
     int Count(const std::string& needle) const {
-        std::ifstream in(velk::log::CurrentPath().c_str(), std::ios::binary);
         std::stringstream all;
-        all << in.rdbuf();
+        all << std::ifstream(velk::log::CurrentPath().c_str(), std::ios::binary).rdbuf();
         const std::string text = all.str();
         int n = 0;
         for (auto at = text.find(needle); at != std::string::npos; at = text.find(needle, at + 1))
@@ -44,27 +39,6 @@ public:
         return n;
     }
     bool Has(const std::string& needle) const { return Count(needle) > 0; }
-};
-
-// The store stand-in, registered in this prefix, over a fresh mailbox.
-class StoreFixture {
-public:
-    bool Setup() {
-        return store_.Load() && SUCCEEDED(store_.Register()) &&
-               SUCCEEDED(store_.SetMailboxRoot(TempPath(L"velk_actions_mbox"))) &&
-               (store_.Reset(), true);
-    }
-    tools::StoreStub* operator->() { return &store_; }
-    // Journal lines since the last Reset that start with `prefix`.
-    int Calls(const std::wstring& prefix) const {
-        int n = 0;
-        for (const auto& line : store_.JournalLines())
-            n += line.rfind(prefix, 0) == 0;
-        return n;
-    }
-
-private:
-    tools::StoreStub store_;
 };
 
 // Polls `done` for up to `ms` milliseconds, pumping this thread's messages.
@@ -82,5 +56,38 @@ inline bool WaitFor(const std::function<bool()>& done, DWORD ms = 10000) {
 inline std::string Eml(const std::string& extraHeaders = "") {
     return "From: sender@example.com\r\nSubject: hello\r\n" + extraHeaders + "\r\nbody text\r\n";
 }
+
+// The store stand-in registered in this prefix over a fresh mailbox, the
+// log, and a receiving window whose queue is not started. Every store
+// object handed out must be released by the end of each test.
+class StoreTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(store.Load() && SUCCEEDED(store.Register()) &&
+                    SUCCEEDED(store.SetMailboxRoot(TempPath(L"velk_actions_mbox"))))
+            << "store stand-in not available";
+        store.Reset();
+        window.set_queue(&queue);
+    }
+    void TearDown() override {
+        store.ReleaseHold();
+        queue.Stop();
+        store.ClearFaults();
+        EXPECT_EQ(0, store.LiveObjects()) << store.DescribeLiveObjects();
+    }
+    // Journal lines since the last Reset that start with `prefix`.
+    int Calls(const std::wstring& prefix) const {
+        int n = 0;
+        for (const auto& line : store.JournalLines())
+            n += line.rfind(prefix, 0) == 0;
+        return n;
+    }
+
+    win32::com_apartment apartment;
+    LogCapture log;
+    tools::StoreStub store;
+    ReceiverWindow window;
+    CMsgActionQueue queue{window.lock()};
+};
 
 }  // namespace velk::actions::testing
