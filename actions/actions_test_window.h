@@ -22,7 +22,8 @@ public:
         wc.lpszClassName = className;
         ::RegisterClassW(&wc);  // fails harmlessly when registered before
         hwnd_.reset(::CreateWindowExW(0, className, L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
-                                      wc.hInstance, this));
+                                      wc.hInstance, nullptr));
+        ::SetWindowLongPtrW(hwnd_.get(), GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     }
     HWND hwnd() const { return hwnd_.get(); }
     win32::critical_section& lock() { return lock_; }
@@ -39,10 +40,6 @@ public:
 
 private:
     static LRESULT CALLBACK Proc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
-        if (msg == WM_NCCREATE)
-            ::SetWindowLongPtrW(
-                hwnd, GWLP_USERDATA,
-                reinterpret_cast<LONG_PTR>(reinterpret_cast<CREATESTRUCTW*>(lp)->lpCreateParams));
         auto* self = reinterpret_cast<ReceiverWindow*>(::GetWindowLongPtrW(hwnd, GWLP_USERDATA));
         if (msg == WM_COPYDATA && self && self->queue_)
             return self->queue_->OnCopyData(reinterpret_cast<HWND>(wp),
