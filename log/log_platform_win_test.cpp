@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdio>
 #include <sstream>
 #include <string>
@@ -61,9 +62,18 @@ TEST(WinDiagLog, AppendsCrLfLinesInTheAnsiCodePageToTheDatedFile) {
                   std::string(465, 'z') + "...n" + prefix + "next\r\n");
 }
 
-TEST(WinDiagLog, ConcurrentWritersNeverInterleaveWithinALine) {
+// Writers on four threads while the day flips back and forth every few
+// lines, so the file is replaced under them again and again: every line
+// arrives whole in one of the two files.
+TEST(WinDiagLog, ConcurrentWritersAcrossFileChangesLoseNoLineAndNeverInterleave) {
+    struct FlippingClock : WinLogPlatform {
+        std::atomic<int> calls{0};
+        bool LocalNow(LocalTime& out) noexcept override {
+            out = LocalTime{2009, 5, 3 + calls++ / 20 % 2, 10, 11, 12};
+            return true;
+        }
+    } platform;
     TempFolder folder;
-    PinnedClockPlatform platform;
     DiagLog log(platform);
     log.Open(folder.path() + L"VELKAgent.log");
     std::vector<std::thread> writers;
@@ -76,7 +86,8 @@ TEST(WinDiagLog, ConcurrentWritersNeverInterleaveWithinALine) {
     for (auto& w : writers)
         w.join();
     log.Close();
-    std::istringstream lines(folder.ReadFile(L"VELKAgent.20090503.log"));
+    std::istringstream lines(folder.ReadFile(L"VELKAgent.20090503.log") +
+                             folder.ReadFile(L"VELKAgent.20090504.log"));
     int count = 0;
     for (std::string line; std::getline(lines, line); ++count) {
         ASSERT_GE(line.size(), 31u);
