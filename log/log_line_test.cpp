@@ -12,10 +12,9 @@ namespace {
 const LocalTime k3May2009{2009, 5, 3, 4, 5, 6};
 
 // Support tools find the log by this name pattern.
-TEST(LogDatedPath, InsertsTheDateBeforeTheLastDotOrElseTheLastCharacter) {
+TEST(LogDatedPath, InsertsTheDateBeforeTheLastDot) {
     EXPECT_EQ(DatedPath(L"C:\\v1.2\\agent.b.log", k3May2009), L"C:\\v1.2\\agent.b.20090503.log");
     EXPECT_EQ(DatedPath(L"C:\\v1.2\\agentlog", k3May2009), L"C:\\v1.20090503.2\\agentlog");
-    EXPECT_EQ(DatedPath(L"VELKAgent", k3May2009), L"VELKAgen.20090503t");
 }
 
 // 30 prefix characters + 468 + "\n" = 499 stays whole; one more is cut to

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "common_src/QzCommon/QzComn_test_util.h"
@@ -31,8 +29,7 @@ TEST(PosixDiagLog, WritesOneBytePerCharacterToTheDatedFileAtAUtf8Path) {
     log.Open(folder.path() + L"J\x00fcrgen.log");
     log.Write(L"caf\x00e9 %ls \x20ac", L"wide");
     log.Close();
-    std::ifstream file(folder.File(L"").string() + "J\xc3\xbcrgen.20090503.log", std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
+    const std::string text = folder.ReadFile(L"J\x00fcrgen.20090503.log");
     EXPECT_EQ(text.substr(text.find(' ')), " 2009/05/03 10:11:12 caf\xe9 wide ?\n");
 }
 
