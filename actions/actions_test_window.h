@@ -22,7 +22,8 @@ public:
         wc.lpszClassName = className;
         ::RegisterClassW(&wc);  // fails harmlessly when registered before
         hwnd_.reset(::CreateWindowExW(0, className, L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
-                                      wc.hInstance, this));
+                                      wc.hInstance, nullptr));
+        ::SetWindowLongPtrW(hwnd_.get(), GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     }
     HWND hwnd() const { return hwnd_.get(); }
     win32::critical_section& lock() { return lock_; }
@@ -39,11 +40,6 @@ public:
 
 private:
     static LRESULT CALLBACK Proc(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp) {
-        if (msg == WM_NCCREATE) {
-            auto* cs = reinterpret_cast<CREATESTRUCTW*>(lp);
-            ::SetWindowLongPtrW(hwnd, GWLP_USERDATA,
-                                reinterpret_cast<LONG_PTR>(cs->lpCreateParams));
-        }
         auto* self = reinterpret_cast<ReceiverWindow*>(::GetWindowLongPtrW(hwnd, GWLP_USERDATA));
         if (msg == WM_COPYDATA && self && self->queue_)
             return self->queue_->OnCopyData(reinterpret_cast<HWND>(wp),
@@ -56,26 +52,21 @@ private:
     win32::unique_hwnd hwnd_;
 };
 
-inline void PutText(char16_t* field, const wchar_t* text) {
+template <class Record>
+Record WithText(Record r, const wchar_t* text) {
     for (std::size_t i = 0; text[i] && i + 1 < kHeaderUnits; ++i)
-        field[i] = char16_t(text[i]);
-}
-
-inline CloneMsgRequest Clone(std::uint32_t folder, std::uint32_t msg, const wchar_t* headers = L"",
-                             std::uint32_t option = 0) {
-    CloneMsgRequest r{option, folder, msg, {}};
-    PutText(r.szHeaders, headers);
+        r.szHeaders[i] = char16_t(text[i]);
     return r;
 }
-
+inline CloneMsgRequest Clone(std::uint32_t folder, std::uint32_t msg, const wchar_t* headers = L"",
+                             std::uint32_t option = 0) {
+    return WithText(CloneMsgRequest{option, folder, msg, {}}, headers);
+}
 inline MoveMsgRequest Move(std::uint32_t src, std::uint32_t dst, std::uint32_t msg,
                            std::uint32_t verdict, std::uint32_t quarantine,
                            const wchar_t* headers = L"", std::uint32_t option = 0) {
-    MoveMsgRequest r{quarantine, option, verdict, src, dst, msg, {}};
-    PutText(r.szHeaders, headers);
-    return r;
+    return WithText(MoveMsgRequest{quarantine, option, verdict, src, dst, msg, {}}, headers);
 }
-
 inline DeleteMsgRequest Delete(std::uint32_t folder, std::uint32_t msg, bool allSpam = false) {
     return DeleteMsgRequest{folder, msg, std::uint8_t(allSpam ? 1 : 0), {}};
 }

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
@@ -14,128 +14,51 @@ namespace {
 
 using namespace velk::actions::testing;
 
-class ActionQueue : public ::testing::Test {
+class ActionQueue : public StoreTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(store.Setup()) << "store stand-in not available";
-        window.set_queue(&queue);
-    }
-    void TearDown() override {
-        store->ReleaseHold();
-        EXPECT_TRUE(StopWhenIdle());
-        EXPECT_EQ(0, store->LiveObjects()) << Narrow(store->DescribeLiveObjects());
-    }
     // Messages 1..count in folder 1, and the empty move target folder 2.
     void PutMessages(ULONG count) {
         for (ULONG id = 1; id <= count; ++id)
-            store->PutMessage(1, id, Eml());
-        store->CreateFolder(2);
-        store->Reset();
+            store.PutMessage(1, id, Eml());
+        store.CreateFolder(2);
+        store.Reset();
     }
     // Starts the worker and parks it inside the store on a first clone.
     void StartHeld() {
         ASSERT_TRUE(queue.Start());
-        ASSERT_EQ(S_OK, store->HoldCall(L"GetFolder"));
+        ASSERT_EQ(S_OK, store.HoldCall(L"GetFolder"));
         window.Send(COPYDATA_CLONE_MSG, Clone(1, 1));
-        ASSERT_TRUE(store->WaitUntilHeld(10000));
+        ASSERT_TRUE(store.WaitUntilHeld(10000));
     }
-    // The worker ends after the request it is on, whenever the stop comes.
-    bool StopWhenIdle() { return queue.Stop(); }
-    int Commits() { return store.Calls(L"Commit"); }
-
-    win32::com_apartment apartment;
-    LogCapture log;
-    StoreFixture store;
-    ReceiverWindow window;
-    CMsgActionQueue queue{window.lock()};
+    static constexpr char kCloneFull[] =
+        "!!! COPY_DATA: m_ovMsgCopyDataForClone deque is full, waiting...";
 };
 
-TEST_F(ActionQueue, EachPassDrainsClonesThenMovesThenDeletes) {
-    PutMessages(4);
-    StartHeld();
-    // Sent in the reverse order while the worker is busy with clone 1.
-    window.Send(COPYDATA_DELETE_MSG, Delete(1, 3));
-    window.Send(COPYDATA_MOVE_MSG, Move(1, 2, 2, 1, 1));
-    window.Send(COPYDATA_CLONE_MSG, Clone(1, 4));
-    store->ReleaseHold();
-    ASSERT_TRUE(WaitFor([&] { return store.Calls(L"DeleteMessage") == 1; }));
-    std::vector<std::wstring> order;
-    for (const auto& line : store->JournalLines()) {
-        if (line.rfind(L"GetMessage", 0) == 0 || line.rfind(L"DeleteMessage", 0) == 0)
-            order.push_back(line);
-    }
-    EXPECT_EQ((std::vector<std::wstring>{L"GetMessage(1)", L"GetMessage(4)", L"GetMessage(2)",
-                                         L"DeleteMessage(3, 1)"}),
-              order);
-    EXPECT_EQ((std::vector<ULONG>{1, 4}), store->ListMessages(1));
-    EXPECT_TRUE(StopWhenIdle());
-    EXPECT_TRUE(log.Has("[ThreadFuncMsgProcess] IN"));
-    EXPECT_TRUE(log.Has("[ThreadFuncMsgProcess] OUT"));
-}
-
-TEST_F(ActionQueue, FullDequeKeepsTheSenderTwentyOneWaitsThenDropsAndReleaseDrainsTheRest) {
-    struct Kind {
-        const char* name;
-        const char* fullLine;
-        std::function<void(ULONG)> send;
-        const wchar_t* doneCall;
-    };
-    const Kind kinds[] = {
-        {"clone", "!!! COPY_DATA: m_ovMsgCopyDataForClone deque is full, waiting...",
-         [&](ULONG i) { window.Send(COPYDATA_CLONE_MSG, Clone(1, i)); }, L"Commit"},
-        {"move", "!!! COPY_DATA: m_ovMsgCopyDataForMove deque is full, waiting...",
-         [&](ULONG i) { window.Send(COPYDATA_MOVE_MSG, Move(1, 2, i, 1, 0)); }, L"MoveMessage"},
-        {"delete", "!!! COPY_DATA: m_ovMsgCopyDataForDelete deque is full, waiting...",
-         [&](ULONG i) { window.Send(COPYDATA_DELETE_MSG, Delete(1, i)); }, L"DeleteMessage"},
-    };
-    ASSERT_TRUE(queue.Start());
-    for (const Kind& kind : kinds) {
-        SCOPED_TRACE(kind.name);
-        PutMessages(53);
-        // Request 1 is held in the store by the worker; 2..52 fill the deque
-        // to its 51; request 53 finds it full.
-        ASSERT_EQ(S_OK, store->HoldCall(L"GetFolder"));
-        kind.send(1);
-        ASSERT_TRUE(store->WaitUntilHeld(10000));
-        for (ULONG i = 2; i <= 52; ++i)
-            kind.send(i);
-        const int before = log.Count(kind.fullLine);
-        const DWORD t0 = ::GetTickCount();
-        kind.send(53);
-        RecordProperty(std::string(kind.name) + "_full_wait_ms",
-                       static_cast<int>(::GetTickCount() - t0));
-        EXPECT_EQ(before + 21, log.Count(kind.fullLine));
-
-        store->ReleaseHold();
-        ASSERT_TRUE(WaitFor([&] { return store.Calls(kind.doneCall) == 52; }));
-        ::Sleep(300);
-        EXPECT_EQ(52, store.Calls(kind.doneCall));
-        EXPECT_EQ(0, store.Calls(L"GetMessage(53)") + store.Calls(L"DeleteMessage(53"))
-            << "the dropped request was carried out";
-    }
-}
-
-TEST_F(ActionQueue, FullDequeAcceptsTheRequestOnceTheWorkerDrainsDuringTheWait) {
-    const char* full = "!!! COPY_DATA: m_ovMsgCopyDataForClone deque is full, waiting...";
-    PutMessages(53);
+TEST_F(ActionQueue, FullDequeKeepsTheSenderTwentyOneWaitsThenDropsUnlessTheWorkerMakesRoom) {
+    PutMessages(54);
+    // Request 1 is held in the store by the worker; 2..52 fill the deque to
+    // its 51; request 53 finds it full and is dropped.
     StartHeld();
     for (ULONG i = 2; i <= 52; ++i)
         window.Send(COPYDATA_CLONE_MSG, Clone(1, i));
-    std::thread releaser([&] {
-        WaitFor([&] { return log.Has(full); });
-        store->ReleaseHold();
-    });
     window.Send(COPYDATA_CLONE_MSG, Clone(1, 53));
+    EXPECT_EQ(21, Logged(kCloneFull));
+    EXPECT_EQ(1, Logged("!!! COPY_DATA: request dropped, its deque stayed full"));
+    // Request 54 is taken as soon as the worker frees a place, not dropped.
+    std::thread releaser([&] {
+        WaitFor([&] { return Logged(kCloneFull) > 21; });
+        store.ReleaseHold();
+    });
+    window.Send(COPYDATA_CLONE_MSG, Clone(1, 54));
     releaser.join();
-    const int waits = log.Count(full);
-    EXPECT_GE(waits, 1);
-    EXPECT_LT(waits, 21) << "given up instead of accepted";
-    ASSERT_TRUE(WaitFor([&] { return Commits() == 53; }));
-    EXPECT_EQ(1, store.Calls(L"GetMessage(53)"));
+    ASSERT_TRUE(WaitFor([&] { return Calls(L"Commit") == 53; }));
+    ::Sleep(300);
+    EXPECT_EQ(0, Calls(L"GetMessage(53)")) << "the dropped request was carried out";
 }
 
-TEST_F(ActionQueue, StopEndsTheSendersWaitAtOnceAndTheWorkerAfterTheRequestItIsOn) {
-    PutMessages(53);
+TEST_F(ActionQueue, AStopEndsTheSendersWaitAndAStoppedQueueRefusesEveryRequestAtOnce) {
+    EXPECT_TRUE(queue.Stop());  // before any start: harmless
+    PutMessages(54);
     StartHeld();
     for (ULONG i = 2; i <= 52; ++i)
         window.Send(COPYDATA_CLONE_MSG, Clone(1, i));
@@ -147,78 +70,75 @@ TEST_F(ActionQueue, StopEndsTheSendersWaitAtOnceAndTheWorkerAfterTheRequestItIsO
     });
     window.Send(COPYDATA_CLONE_MSG, Clone(1, 53));
     stopper.join();
-    const int waits = log.Count("!!! COPY_DATA: m_ovMsgCopyDataForClone deque is full");
-    EXPECT_GE(waits, 1);
-    EXPECT_LT(waits, 21);
-    // The sender's wait took the signal, yet the stop holds: the worker
-    // finishes the request it is on and ends; the queued ones stay undone.
-    store->ReleaseHold();
-    ASSERT_TRUE(WaitFor([&] { return log.Has("[ThreadFuncMsgProcess] OUT"); }));
-    EXPECT_EQ(1, Commits());
-}
-
-TEST_F(ActionQueue, StopDuringADrainEndsTheWorkerAfterTheRequestItIsOn) {
-    PutMessages(5);
-    StartHeld();
-    for (ULONG i = 2; i <= 4; ++i)
-        window.Send(COPYDATA_CLONE_MSG, Clone(1, i));
-    queue.RequestStop();
-    store->ReleaseHold();
-    // The drain's poll after request 1 takes the signal and the worker ends.
-    ASSERT_TRUE(WaitFor([&] { return log.Has("[ThreadFuncMsgProcess] OUT"); }));
-    EXPECT_EQ(1, Commits());
-}
-
-TEST_F(ActionQueue, WithoutARunningWorkerEveryRequestIsRefusedAtOnceWithOneLine) {
-    PutMessages(1);
-    ASSERT_TRUE(queue.Start());
-    ASSERT_TRUE(StopWhenIdle());
-    for (int i = 0; i < 60; ++i)
-        EXPECT_EQ(FALSE, window.Send(COPYDATA_MOVE_MSG, Move(1, 2, 1, 1, 0)));
-    EXPECT_EQ(60, log.Count("!!! COPY_DATA: the message worker is not running, request refused"));
-    EXPECT_EQ(0, log.Count("deque is full"));
-    EXPECT_TRUE(queue.Queues().m_ovMsgCopyDataForMove.Empty());
-}
-
-TEST_F(ActionQueue, AllSpamDeleteRunsInsideTheReceiptEvenWhileTheWorkerIsHeld) {
-    PutMessages(1);
-    store->PutMessage(5, 1, Eml("X-Nuvexa-AntispamAddin-QuarantineTime: 12\r\n"));
-    store->PutMessage(5, 2, Eml());
-    StartHeld();
-    EXPECT_EQ(FALSE, window.Send(COPYDATA_DELETE_MSG, Delete(5, 2, /*allSpam=*/true)));
-    EXPECT_EQ((std::vector<ULONG>{2}), store->ListMessages(5));
-    EXPECT_TRUE(queue.Queues().m_ovMsgCopyDataForDelete.Empty());
-    store->ReleaseHold();
-    ASSERT_TRUE(WaitFor([&] { return Commits() == 1; }));
-    ::Sleep(250);
-    EXPECT_FALSE(log.Has("CToolBarWnd::ProcDeleteMsg"));
-}
-
-TEST_F(ActionQueue, StartAndStopRepeatAndAStopThatGivesUpLeavesTheWorkerSafe) {
-    EXPECT_TRUE(queue.Stop());  // before any start: harmless
-    PutMessages(4);
-    ASSERT_TRUE(queue.Start());
-    window.Send(COPYDATA_CLONE_MSG, Clone(1, 1));
-    ASSERT_TRUE(WaitFor([&] { return Commits() == 1; }));
-    EXPECT_TRUE(StopWhenIdle());
-    EXPECT_FALSE(queue.IsStarted());
-
+    EXPECT_LT(Logged(kCloneFull), 21) << "the stop did not end the wait";
     // Held in the store, the worker cannot end within 3000 ms: the handles
-    // are closed anyway, and a request now is refused without harm.
-    StartHeld();
-    window.Send(COPYDATA_CLONE_MSG, Clone(1, 2));
+    // are closed anyway, and every request now is refused at once.
     EXPECT_FALSE(queue.Stop());
-    EXPECT_TRUE(log.Has("!!! ThreadFuncMsgProcess did not end within 3000 ms"));
-    EXPECT_EQ(FALSE, window.Send(COPYDATA_CLONE_MSG, Clone(1, 3)));
+    EXPECT_EQ(1, Logged("!!! ThreadFuncMsgProcess did not end within 3000 ms"));
+    for (int i = 0; i < 60; ++i)
+        window.Send(COPYDATA_MOVE_MSG, Move(1, 2, 1, 1, 0));
+    EXPECT_EQ(60, Logged("!!! COPY_DATA: the message worker is not running, request refused"));
     // The stopped-out worker finishes the request it was on, with its own
-    // state and handles, and ends.
-    store->ReleaseHold();
-    ASSERT_TRUE(WaitFor([&] { return log.Count("[ThreadFuncMsgProcess] OUT") == 2; }));
-    EXPECT_EQ(2, Commits());
-    // A fresh start gets fresh events and deques.
+    // state and handles, and ends; the queued ones stay undone.
+    store.ReleaseHold();
+    ASSERT_TRUE(WaitFor([&] { return Logged("[ThreadFuncMsgProcess] OUT"); }));
+    EXPECT_EQ(1, Calls(L"Commit"));
+    // A fresh start gets fresh deques.
     ASSERT_TRUE(queue.Start());
-    window.Send(COPYDATA_CLONE_MSG, Clone(1, 4));
-    ASSERT_TRUE(WaitFor([&] { return Commits() == 3; }));
+    window.Send(COPYDATA_CLONE_MSG, Clone(1, 54));
+    ASSERT_TRUE(WaitFor([&] { return Calls(L"Commit") == 2; }));
+    ::Sleep(300);
+    EXPECT_EQ(2, Calls(L"Commit"));
+}
+
+// Payloads of every length that end right at a PAGE_NOACCESS page: a receipt
+// that reads one byte past cbData faults at once. What is queued is the
+// bytes sent, up to what a queued element keeps (the fixed fields and 512
+// units of text), then zeros. The queue is not started: records stay in
+// their deques.
+TEST_F(ActionQueue, RecordsOfEveryLengthAreReadOnlyUpToCbDataAndOtherKindsNotAtAll) {
+    auto* base = static_cast<std::uint8_t*>(
+        ::VirtualAlloc(nullptr, 8192, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+    DWORD old = 0;
+    ASSERT_TRUE(base && ::VirtualProtect(base + 4096, 4096, PAGE_NOACCESS, &old));
+    std::uint8_t* const guard = base + 4096;
+    std::uint8_t bytes[sizeof(MoveMsgRequest)];
+    for (std::size_t i = 0; i < sizeof bytes; ++i)  // non-zero: a missing zero shows
+        bytes[i] = std::uint8_t(i % 251 + 1);
+    const auto everyLength = [&](ULONG_PTR dwData, auto& deque, auto record) {
+        using Record = decltype(record);
+        for (std::size_t size = 0; size <= sizeof(Record); ++size) {
+            std::memcpy(guard - size, bytes, size);
+            EXPECT_EQ(FALSE, window.Send(dwData, guard - size, size));
+            Record queued;
+            if (!deque.PopFront(queued))
+                continue;  // a purge, run at once
+            const auto* raw = reinterpret_cast<const std::uint8_t*>(&queued);
+            const std::size_t kept =
+                std::min(size, sizeof(Record) - (sizeof(Record) > 12 ? 1024 : 0));
+            for (std::size_t i = 0; i < sizeof(Record); ++i)
+                ASSERT_EQ(i < kept ? bytes[i] : 0, raw[i]) << "cbData " << size << ", byte " << i;
+        }
+    };
+    auto& queues = queue.Queues();
+    everyLength(COPYDATA_CLONE_MSG, queues.m_ovMsgCopyDataForClone, CloneMsgRequest{});
+    everyLength(COPYDATA_MOVE_MSG, queues.m_ovMsgCopyDataForMove, MoveMsgRequest{});
+    bytes[offsetof(DeleteMsgRequest, bDeleteAllSpam)] = 0;
+    everyLength(COPYDATA_DELETE_MSG, queues.m_ovMsgCopyDataForDelete, DeleteMsgRequest{});
+    EXPECT_EQ(0, Calls(L"CreateInstance"));
+    // With the purge flag: the 9 shorter records lack it and are queued;
+    // the others purge at once.
+    bytes[offsetof(DeleteMsgRequest, bDeleteAllSpam)] = 1;
+    everyLength(COPYDATA_DELETE_MSG, queues.m_ovMsgCopyDataForDelete, DeleteMsgRequest{});
+    EXPECT_EQ(4, Calls(L"CreateInstance"));
+    // cbData claims a whole record, but not one byte of it is readable; the
+    // full 64-bit dwData counts, not its low bits.
+    for (ULONG_PTR dwData : {ULONG_PTR{1075}, ULONG_PTR{1079}, ULONG_PTR{0x100000434}})
+        EXPECT_EQ(FALSE, window.Send(dwData, guard, sizeof(MoveMsgRequest)));
+    EXPECT_EQ(FALSE, ::SendMessageW(window.hwnd(), WM_COPYDATA, 0, 0));
+    EXPECT_TRUE(queues.m_ovMsgCopyDataForClone.Empty() && queues.m_ovMsgCopyDataForMove.Empty() &&
+                queues.m_ovMsgCopyDataForDelete.Empty());
+    ::VirtualFree(base, 0, MEM_RELEASE);
 }
 
 }  // namespace

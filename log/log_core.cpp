@@ -48,8 +48,10 @@ void DiagLog::Close() noexcept {
 }
 
 void DiagLog::OpenDatedLocked() noexcept {
+    // The flag keeps its value while the file is replaced: writers on other
+    // threads test it without the lock, and a line of theirs that comes
+    // during the change must wait for the new file, not be dropped.
     file_.reset();
-    has_file_.store(false, std::memory_order_release);
     LocalTime today;
     platform_.LocalNow(today);
     file_date_ = today;
@@ -57,6 +59,7 @@ void DiagLog::OpenDatedLocked() noexcept {
         current_path_ = DatedPath(base_path_, today);
     } catch (...) {
         current_path_.clear();
+        has_file_.store(false, std::memory_order_release);
         return;
     }
     file_ = platform_.OpenAppend(current_path_);

@@ -86,12 +86,21 @@ TEST_F(SettingsFilesTest, NumbersFollowTheProfileApiButATextReadsAsTheDefault) {
     EXPECT_EQ(ReadInt(profile, Key::Interval), 180);  // present but empty
 }
 
-TEST_F(SettingsFilesTest, TheInstallationFileIsNeverWritten) {
+TEST_F(SettingsFilesTest, WritesUseTheStoredFormsAndNeverTouchTheInstallationFile) {
     folder.WriteFile(L"install.ini", "[General]\r\nDebug=0\r\n");
     EXPECT_FALSE(WriteFlag(profile, Key::Debug, true));
     EXPECT_EQ(folder.ReadFile(L"install.ini"), "[General]\r\nDebug=0\r\n");
-    EXPECT_EQ(ReadText(profile, Key::Debug), L"0");
     EXPECT_FALSE(folder.Exists(L"user.ini"));
+    for (bool on : {false, true}) {
+        WriteFlag(profile, Key::EnableTBar, on);
+        WriteYesNo(profile, Key::EnableProxy, !on);
+        WriteInt(profile, Key::VELKStartTimes, on ? 12 : -3);
+        EXPECT_EQ(UserFile(),
+                  on ? "[Antispam]\r\nEnableTBar=1\r\n[RuleFile-Update]\r\nEnableProxy=no\r\n"
+                       "[General]\r\nVELKStartTimes=12\r\n"
+                     : "[Antispam]\r\nEnableTBar=0\r\n[RuleFile-Update]\r\nEnableProxy=yes\r\n"
+                       "[General]\r\nVELKStartTimes=-3\r\n");
+    }
 }
 
 TEST(SettingsLocationsWin, FoldersAreCreatedAsNeededAndABlockedPathIsReported) {
