@@ -27,10 +27,10 @@ struct RunRecords {
     Mailbox before, after;
     std::vector<std::pair<std::string, std::string>> addin_logs;  // file name, text
     bool band_seen = false;
-    double band_seconds = 0;            // from the client's start until the band was seen
-    bool clicked = false;               // the mouse went down and up on Report Spam
-    double close_seconds = 0;           // from WM_CLOSE until the client ended; 0: it did not
-    std::string screenshot;             // "900x560", empty when none was taken
+    double band_seconds = 0;   // from the client's start until the band was seen
+    bool clicked = false;      // the mouse went down and up on Report Spam
+    double close_seconds = 0;  // from WM_CLOSE until the client ended; 0: it did not
+    std::string screenshot;    // "900x560", empty when none was taken
     // The statistics dialog opened at the end, as it showed: processed,
     // detected, reported as spam, reported as not spam, the two rates;
     // empty when it did not open.
@@ -48,8 +48,8 @@ struct RunRecords {
     // code reads it: false when it is missing or not a list file.
     bool blocked_list_read = false;
     std::vector<std::string> blocked_list;  // the addresses
-    std::uint64_t start = 0, end = 0;   // the run, seconds since 1970 (UTC)
-    std::vector<std::string> problems;  // steps that failed
+    std::uint64_t start = 0, end = 0;       // the run, seconds since 1970 (UTC)
+    std::vector<std::string> problems;      // steps that failed
 };
 
 struct Summary {

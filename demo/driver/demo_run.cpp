@@ -418,8 +418,7 @@ private:
     // "WxH" of the picture saved as <out>\<name>.bmp; empty when none.
     std::string Shoot(HWND window, const wchar_t* name, const std::string& what) {
         Picture picture;
-        if (!CaptureWindow(window, picture) ||
-            !SaveBmp(picture, out_ + L"\\" + name + L".bmp")) {
+        if (!CaptureWindow(window, picture) || !SaveBmp(picture, out_ + L"\\" + name + L".bmp")) {
             Problem("no screenshot of " + what);
             return std::string();
         }

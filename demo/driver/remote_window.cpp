@@ -77,8 +77,8 @@ bool MoveMouseTo(POINT p) {
     const LONG w = ::GetSystemMetrics(SM_CXSCREEN), h = ::GetSystemMetrics(SM_CYSCREEN);
     if (w <= 1 || h <= 1)
         return false;
-    return SendMouse(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE,
-                     (p.x * 65535 + (w - 1) / 2) / (w - 1), (p.y * 65535 + (h - 1) / 2) / (h - 1));
+    return SendMouse(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE, (p.x * 65535 + (w - 1) / 2) / (w - 1),
+                     (p.y * 65535 + (h - 1) / 2) / (h - 1));
 }
 
 bool ClickMouse() {

@@ -48,13 +48,6 @@ protected:
     SetOEBrowserWndFn set_browser_ = nullptr;
 };
 
-TEST_F(DemoProbe, WithoutItsSettingsTheProbeSaysWhyAndStaysOut) {
-    ::SetEnvironmentVariableW(kProbeJournalVariable, journal_.c_str());
-    set_browser_(browser_.get());
-    EXPECT_EQ(nullptr, ProbeWindow());
-    EXPECT_EQ(0u, dir_.ReadFile(L"journal.txt").rfind("error: VELK_DEMO_MAILBOX", 0));
-}
-
 TEST_F(DemoProbe, TheStoreUsesTheMailboxAndItsJournalReachesTheFile) {
     const std::wstring root = dir_.path() + L"store";
     ::SetEnvironmentVariableW(kProbeMailboxVariable, root.c_str());
