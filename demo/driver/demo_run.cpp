@@ -492,7 +492,8 @@ private:
         if (!MoveMouseTo(first))
             return Problem("the mouse could not be moved or pressed");
         ::Sleep(150);  // the row under the mouse lights up
-        ClickMouse();
+        if (!ClickMouse())
+            return Problem("the mouse could not be moved or pressed");
         sheet_ = WaitForWindow(
             [&] {
                 return FindVisibleWindow(client_.id(), kDialogClass, [](HWND w) {
