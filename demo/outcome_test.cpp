@@ -106,9 +106,13 @@ protected:
     std::vector<const StoredMessage*> strangers_;
 };
 
+// From the files: where each message went, what changed; from the journal:
+// the calls at it, failed ones marked, and markers only queried.
 TEST_F(DemoOutcome, EachMessageIsDescribedFromTheFilesAndTheJournal) {
+    journal_text_ +=
+        "QueryHeader(X-Nuvexa-AntispamAddin-Checked) @2/3 -> 0x00000000\n"
+        "Commit() @2/3 -> 0x80004005\n";
     std::vector<Outcome> outcomes = Outcomes();
-    EXPECT_TRUE(strangers_.empty());
     EXPECT_EQ(
         "spam.eml: moved Inbox -> Quarantine (message 4), subject now '[SPAM] Gift card', added "
         "x-has-been-detected_spam=1, X-Nuvexa-AntispamAddin-QuarantineTime=1718092970 "
@@ -116,32 +120,11 @@ TEST_F(DemoOutcome, EachMessageIsDescribedFromTheFilesAndTheJournal) {
         "MoveMessage]",
         DescribeOutcome(scenario_, Of(outcomes, "spam.eml")));
     EXPECT_EQ(
-        "ham.eml: rewritten in place in Inbox, added x-has-been-detected_normal=1, "
-        "X-Nuvexa-AntispamAddin-Checked=1 [store: GetMessage, GetBodyHandle, QueryHeader, "
-        "SetHeader x2, Commit]",
-        DescribeOutcome(scenario_, Of(outcomes, "ham.eml")));
+        "kept.eml: unchanged in Quarantine, kept X-Nuvexa-AntispamAddin-Checked (queried, not "
+        "written) [store: GetHeaderText, QueryHeader, Commit (failed)]",
+        DescribeOutcome(scenario_, Of(outcomes, "kept.eml")));
     EXPECT_EQ("phish.eml: deleted from Inbox [store: DeleteMessage]",
               DescribeOutcome(scenario_, Of(outcomes, "phish.eml")));
-    EXPECT_EQ("old.eml: deleted from Quarantine [store: GetHeaderText, Delete]",
-              DescribeOutcome(scenario_, Of(outcomes, "old.eml")));
-    EXPECT_EQ("kept.eml: unchanged in Quarantine [store: GetHeaderText]",
-              DescribeOutcome(scenario_, Of(outcomes, "kept.eml")));
-}
-
-TEST_F(DemoOutcome, MarkersLeftAloneAndFailedCallsAreShown) {
-    before_[0].bytes = Eml("ham", "Lunch", "x-has-been-detected_normal: 1\r\nX-Score: 2\r\n");
-    after_[0].bytes = Eml("ham", "Lunch", "x-has-been-detected_normal: 1\r\nX-Score: 3\r\n");
-    journal_text_ =
-        "GetMessage(1) @1 -> 0x00000000\n"
-        "QueryHeader(x-has-been-detected_normal) @1/1 -> 0x00000000\n"
-        "SetHeader(X-Score, 3) @1/1 -> 0x00000000\n"
-        "Commit() @1/1 -> 0x80004005\n";
-    std::vector<Outcome> outcomes = Outcomes();
-    EXPECT_EQ(
-        "ham.eml: rewritten in place in Inbox, changed X-Score 2 -> 3, kept "
-        "x-has-been-detected_normal (queried, not written) [store: GetMessage, QueryHeader, "
-        "SetHeader, Commit (failed)]",
-        DescribeOutcome(scenario_, Of(outcomes, "ham.eml")));
 }
 
 TEST_F(DemoOutcome, CallsAtAMovedMessagesNewPlaceFollowIt) {

@@ -1,6 +1,7 @@
 #include "demo/summary.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 
 #include "demo/outcome.h"
@@ -14,12 +15,62 @@ namespace {
 
 // Posted by the band's Report Spam button to the scanning process.
 constexpr unsigned kReportSpamMessage = 17;
+// Posted by the sender pages once they have written the lists.
+constexpr unsigned kSenderListsSaved = 9;
 
 std::string Format(const char* format, double value) {
     const int n = std::snprintf(nullptr, 0, format, value);
     std::string text(n > 0 ? static_cast<std::size_t>(n) : 0, '\0');
     std::snprintf(text.data(), text.size() + 1, format, value);
     return text;
+}
+
+// One line per thing the demo shows, ending in its verdict; a failure also
+// goes to the list the verdict is made of.
+void Verdict(Summary& s, const std::string& line, bool passed, const std::string& failure) {
+    s.lines.push_back(line + (passed ? " [pass]" : " [FAIL]"));
+    if (!passed)
+        s.failures.push_back(failure);
+}
+
+bool SameAddress(const std::string& a, const std::string& b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+               return std::tolower(static_cast<unsigned char>(x)) ==
+                      std::tolower(static_cast<unsigned char>(y));
+           });
+}
+
+// The sheet was worked through to its OK, the scanning process heard that
+// the lists changed, and the blocked list on disk holds the sender.
+void SettingsLines(const RunRecords& run, Summary& s) {
+    std::string steps;
+    for (const std::string& step : run.sheet_steps)
+        steps += (steps.empty() ? "" : ", ") + step;
+    Verdict(s,
+            "filtering settings: " + (steps.empty() ? std::string("never opened") : steps) +
+                (run.sheet_confirmed ? Format(" (%.2f s)", run.sheet_seconds) : std::string()) +
+                (run.sheet_screenshot.empty() ? std::string()
+                                              : "; screenshot " + run.sheet_screenshot + " pixels"),
+            run.sheet_confirmed, "the filtering sheet was not worked through to its OK");
+
+    const std::size_t saved = CountPosted(run.scanner_log, kSenderListsSaved);
+    Verdict(s,
+            "sender lists saved: the scanning process got WM_USER+9 (1033) " +
+                (saved ? "posted " + std::to_string(saved) + " time(s)" : std::string("never")),
+            saved > 0, "the scanning process was not told that the sender lists changed");
+
+    const bool held =
+        !run.blocked_sender.empty() &&
+        std::any_of(run.blocked_list.begin(), run.blocked_list.end(),
+                    [&](const std::string& a) { return SameAddress(a, run.blocked_sender); });
+    std::string line = "BlackList.dat: ";
+    if (!run.blocked_list_read)
+        line += "missing or not a list file";
+    else
+        line += std::string(held ? "holds " : "does not hold ") +
+                (run.blocked_sender.empty() ? "the sender" : run.blocked_sender) + " among its " +
+                std::to_string(run.blocked_list.size()) + " sender(s)";
+    Verdict(s, line, held, "BlackList.dat does not hold the blocked sender");
 }
 
 std::string StartupLine(const std::vector<ClientEvent>& events, const RunRecords& run) {
@@ -85,22 +136,15 @@ std::string CloseLine(const std::vector<ClientEvent>& events, const RunRecords& 
 // session's requests and the user's reports.
 void StatisticsLine(const RunRecords& run, std::size_t reports, Summary& s) {
     if (run.statistics.size() != 6) {
-        s.lines.push_back("statistics: the dialog was not shown");
+        Verdict(s, "statistics: the dialog was not shown", false,
+                "the statistics dialog was not shown");
         return;
     }
     const std::vector<std::string>& v = run.statistics;
-    s.lines.push_back("statistics: the dialog showed " + v[0] + " processed, " + v[1] +
-                      " detected, " + v[2] + " reported as spam, " + v[3] +
-                      " as not spam; detection rate " + v[4] + ", false-positive rate " + v[5] +
-                      (run.statistics_screenshot.empty()
-                           ? std::string()
-                           : "; screenshot " + run.statistics_screenshot + " pixels"));
-    if (!run.scenario)
-        return;
     std::vector<tools::scanner::Command> session;
     std::string error;
     tools::scanner::StatisticsCounters counted;
-    if (tools::scanner::ParseScript(SessionScript(*run.scenario), session, error)) {
+    if (run.scenario && tools::scanner::ParseScript(SessionScript(*run.scenario), session, error)) {
         for (const tools::scanner::Command& c : session)
             counted.CountRequest(c);
     }
@@ -109,11 +153,17 @@ void StatisticsLine(const RunRecords& run, std::size_t reports, Summary& s) {
     const std::vector<std::string> expected{
         std::to_string(counted.processed), std::to_string(counted.detected),
         std::to_string(counted.reported_spam), std::to_string(counted.reported_fp)};
-    if (!std::equal(expected.begin(), expected.end(), v.begin())) {
-        s.failures.push_back("the statistics dialog showed " + v[0] + "/" + v[1] + "/" + v[2] +
-                             "/" + v[3] + ", the session counted " + expected[0] + "/" +
-                             expected[1] + "/" + expected[2] + "/" + expected[3]);
-    }
+    Verdict(s,
+            "statistics: the dialog showed " + v[0] + " processed, " + v[1] + " detected, " + v[2] +
+                " reported as spam, " + v[3] + " as not spam; detection rate " + v[4] +
+                ", false-positive rate " + v[5] +
+                (run.statistics_screenshot.empty()
+                     ? std::string()
+                     : "; screenshot " + run.statistics_screenshot + " pixels"),
+            std::equal(expected.begin(), expected.end(), v.begin()),
+            "the statistics dialog showed " + v[0] + "/" + v[1] + "/" + v[2] + "/" + v[3] +
+                ", the session counted " + expected[0] + "/" + expected[1] + "/" + expected[2] +
+                "/" + expected[3]);
 }
 
 }  // namespace
@@ -141,7 +191,8 @@ Summary Summarize(const RunRecords& run) {
                       (!start            ? "which never started"
                        : outlook_express ? "Outlook Express mode"
                                          : "Windows Mail mode") +
-                      ", identity " + run.identity);
+                      ", identity " + run.identity +
+                      (run.locale.empty() ? std::string() : ", system locale " + run.locale));
     s.lines.push_back(StartupLine(events, run));
     s.lines.push_back(SessionLine(run));
 
@@ -185,6 +236,7 @@ Summary Summarize(const RunRecords& run) {
     s.lines.push_back(log_line);
     if (!run.screenshot.empty())
         s.lines.push_back("screenshot: " + run.screenshot + " pixels of the client window");
+    SettingsLines(run, s);
     StatisticsLine(run, posted, s);
     s.failures.insert(s.failures.end(), run.problems.begin(), run.problems.end());
     return s;

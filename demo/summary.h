@@ -17,6 +17,7 @@ namespace velk::demo {
 struct RunRecords {
     const Scenario* scenario = nullptr;
     std::string identity;
+    std::string locale;          // the system's, "de-DE"
     std::string client_events;   // the client stand-in's events file
     std::string scanner_report;  // the scanning process's send report
     std::string scanner_log;     // what the scanning process received
@@ -26,17 +27,29 @@ struct RunRecords {
     Mailbox before, after;
     std::vector<std::pair<std::string, std::string>> addin_logs;  // file name, text
     bool band_seen = false;
-    double band_seconds = 0;            // from the client's start until the band was seen
-    bool clicked = false;               // the mouse went down and up on Report Spam
-    double close_seconds = 0;           // from WM_CLOSE until the client ended; 0: it did not
-    std::string screenshot;             // "900x560", empty when none was taken
+    double band_seconds = 0;   // from the client's start until the band was seen
+    bool clicked = false;      // the mouse went down and up on Report Spam
+    double close_seconds = 0;  // from WM_CLOSE until the client ended; 0: it did not
+    std::string screenshot;    // "900x560", empty when none was taken
     // The statistics dialog opened at the end, as it showed: processed,
     // detected, reported as spam, reported as not spam, the two rates;
     // empty when it did not open.
     std::vector<std::string> statistics;
     std::string statistics_screenshot;  // "636x314"
-    std::uint64_t start = 0, end = 0;   // the run, seconds since 1970 (UTC)
-    std::vector<std::string> problems;  // steps that failed
+    // The filtering sheet: the steps the driver got through, in order
+    // ("opened from the logo menu", ...); whether OK closed it with the
+    // sender typed into the blocked-senders page; its screenshot.
+    std::vector<std::string> sheet_steps;
+    bool sheet_confirmed = false;
+    double sheet_seconds = 0;  // from the menu click until the sheet closed
+    std::string blocked_sender;
+    std::string sheet_screenshot;
+    // BlackList.dat of the user's folder after the run, as the lists' own
+    // code reads it: false when it is missing or not a list file.
+    bool blocked_list_read = false;
+    std::vector<std::string> blocked_list;  // the addresses
+    std::uint64_t start = 0, end = 0;       // the run, seconds since 1970 (UTC)
+    std::vector<std::string> problems;      // steps that failed
 };
 
 struct Summary {

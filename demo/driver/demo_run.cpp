@@ -1,17 +1,25 @@
 // The demo run: a copy of the staged installation with the diagnostic log
 // on, the sample mailbox in the store stand-in, the mail-client stand-in with
 // the add-in (and the probe), the scanning-process stand-in playing the
-// scenario's session, a screenshot, a real click on Report Spam, the
-// statistics dialog on the session's counts with its own screenshot, the
-// client's close; then the summary, read from what the run left on disk only.
+// scenario's session, a screenshot, a real click on Report Spam, a sender
+// blocked through the filtering sheet opened from the logo menu, the
+// statistics dialog on the session's counts, each window with its
+// screenshot, the client's close; then the summary, read from what the run
+// left on disk only.
+//
+// Every window of the add-in is found by class, control id and owner, never
+// by its text: the run works the same in every language of the session.
 #include "demo/driver/demo_run.h"
 
 #include <windows.h>
+#include <commctrl.h>
+#include <prsht.h>
 #include <shlobj.h>
 
 #include <algorithm>
 #include <cstring>
 #include <cstdio>
+#include <cwchar>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -28,6 +36,8 @@
 #include "demo/scenario.h"
 #include "demo/summary.h"
 #include "resources/resource_ids.h"
+#include "senders/pages/sender_page_ids.h"
+#include "senders/sender_list_wide.h"
 #include "statistics/statistics_ids.h"
 
 namespace velk::demo {
@@ -42,6 +52,12 @@ constexpr wchar_t kScannerTitle[] = L"{5B0E7C21-93D4-4A6F-8B12-C4E97A1D2F58}";
 constexpr UINT kBandId = 3339;
 constexpr int kReportSpamId = 6011;
 constexpr unsigned kReportSpamMessage = 17;  // WM_USER + 17, posted to the scanning process
+constexpr unsigned kSenderListsSaved = 9;    // WM_USER + 9, posted once the lists are written
+constexpr wchar_t kDialogClass[] = L"#32770";
+constexpr wchar_t kMenuClass[] = L"#32768";
+
+// Typed into the sender dialog of the blocked-senders page.
+constexpr wchar_t kBlockedSender[] = L"offers@bargain-mail.example";
 
 // The client runs under this name so that Wine's per-program settings
 // (version, window management) touch no other program of the prefix.
@@ -139,6 +155,34 @@ HWND FindProcessWindow(DWORD process, const wchar_t* class_name, const wchar_t* 
     return nullptr;
 }
 
+// A visible top-level window of `process` of class `class_name` that
+// `match` accepts.
+template <class Match>
+HWND FindVisibleWindow(DWORD process, const wchar_t* class_name, Match match) {
+    for (HWND w = ::FindWindowExW(nullptr, nullptr, class_name, nullptr); w;
+         w = ::FindWindowExW(nullptr, w, class_name, nullptr)) {
+        DWORD owner = 0;
+        ::GetWindowThreadProcessId(w, &owner);
+        if (owner == process && ::IsWindowVisible(w) && match(w))
+            return w;
+    }
+    return nullptr;
+}
+
+// SendMessage that never hangs the run on a busy or stuck client.
+LRESULT Ask(HWND window, UINT msg, WPARAM wp = 0, LPARAM lp = 0) {
+    DWORD_PTR answer = 0;
+    return ::SendMessageTimeoutW(window, msg, wp, lp, SMTO_NORMAL, 5000, &answer) ? answer : 0;
+}
+
+std::wstring TextOf(HWND window) {
+    wchar_t text[256] = {};
+    DWORD_PTR copied = 0;
+    ::SendMessageTimeoutW(window, WM_GETTEXT, 256, reinterpret_cast<LPARAM>(text), SMTO_NORMAL,
+                          5000, &copied);
+    return text;
+}
+
 class Run {
 public:
     explicit Run(const DemoConfig& config) : config_(config) {
@@ -167,6 +211,7 @@ public:
             PlaySession();
             ShowAndShoot();
             PressReportSpam();
+            EditFilteringSettings();
             ShowStatistics();
         }
         Close();
@@ -367,11 +412,27 @@ private:
         ::RedrawWindow(browser_, nullptr, nullptr,
                        RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
         ::Sleep(400);
+        shot_ = Shoot(browser_, L"screenshot", "the client");
+    }
+
+    // "WxH" of the picture saved as <out>\<name>.bmp; empty when none.
+    std::string Shoot(HWND window, const wchar_t* name, const std::string& what) {
         Picture picture;
-        if (!CaptureWindow(browser_, picture) || !SaveBmp(picture, out_ + L"\\screenshot.bmp"))
-            Problem("no screenshot of the client");
-        else
-            shot_ = std::to_string(picture.width) + "x" + std::to_string(picture.height);
+        if (!CaptureWindow(window, picture) || !SaveBmp(picture, out_ + L"\\" + name + L".bmp")) {
+            Problem("no screenshot of " + what);
+            return std::string();
+        }
+        return std::to_string(picture.width) + "x" + std::to_string(picture.height);
+    }
+
+    // The mouse to the middle of `window` and a click there.
+    bool ClickOn(HWND window) {
+        if (window && MoveMouseOver(window)) {
+            ::Sleep(100);  // the control sees the mouse arrive, as with a hand on it
+            if (ClickMouse())
+                return true;
+        }
+        return Problem("the mouse could not be moved or pressed");
     }
 
     void PressReportSpam() {
@@ -384,6 +445,142 @@ private:
                   5000);
     }
 
+    // ---- the filtering sheet: a sender blocked as a user blocks one ----
+
+    void EditFilteringSettings() {
+        const LARGE_INTEGER started = Now();
+        if (!OpenSheetFromMenu() || !AddBlockedSender()) {
+            DismissLeftovers();
+            return;
+        }
+        sheet_shot_ = Shoot(sheet_, L"sheet", "the filtering sheet");
+        HWND ok = ::GetDlgItem(sheet_, IDOK);
+        if (!ClickOn(ok) ||
+            !WaitUntil([&] { return !::IsWindow(sheet_) || !client_.Running(); }, 10000) ||
+            ::IsWindow(sheet_)) {
+            Problem("the filtering sheet did not close within 10 s of its OK");
+            DismissLeftovers();
+            return;
+        }
+        sheet_steps_.push_back("OK in the sheet");
+        sheet_confirmed_ = true;
+        sheet_time_ = Seconds(started, Now());
+        // The pages save on OK and tell the scanning process; the summary
+        // reads what it recorded.
+        WaitUntil([&] { return CountPosted(ReadText(scanner_log_), kSenderListsSaved) > 0; }, 5000);
+    }
+
+    // The logo menu's drop-down button, then the menu's first entry
+    // (Filtering Settings... in either of its forms). The menu's item
+    // rectangles live in the client's process, so the mouse aims at the
+    // middle of the first row, just below the menu's top edge.
+    bool OpenSheetFromMenu() {
+        HWND button = FindDescendantById(browser_, ID_TB_MENU_BUTTON);
+        if (!button)
+            return Problem("no logo menu button on the band");
+        ::SetForegroundWindow(browser_);
+        if (!ClickOn(button))
+            return false;
+        HWND menu = WaitForWindow(
+            [&] { return FindVisibleWindow(client_.id(), kMenuClass, [](HWND) { return true; }); },
+            5000);
+        if (!menu)
+            return Problem("the logo menu did not open within 5 s of the click");
+        RECT r{};
+        ::GetWindowRect(menu, &r);
+        const POINT first{(r.left + r.right) / 2, r.top + 3 + ::GetSystemMetrics(SM_CYMENU) / 2};
+        if (!MoveMouseTo(first))
+            return Problem("the mouse could not be moved or pressed");
+        ::Sleep(150);  // the row under the mouse lights up
+        if (!ClickMouse())
+            return Problem("the mouse could not be moved or pressed");
+        sheet_ = WaitForWindow(
+            [&] {
+                return FindVisibleWindow(client_.id(), kDialogClass, [](HWND w) {
+                    return ::FindWindowExW(w, nullptr, WC_TABCONTROLW, nullptr) != nullptr;
+                });
+            },
+            10000);
+        if (!sheet_)
+            return Problem("the filtering sheet did not open within 10 s of the menu click");
+        sheet_steps_.push_back("opened from the logo menu");
+        return true;
+    }
+
+    // The page with Add but without Import is the blocked senders'. Tab
+    // rectangles cannot be asked for from another process (the message
+    // carries a pointer), so each tab is selected as its click would.
+    bool AddBlockedSender() {
+        HWND tabs = ::FindWindowExW(sheet_, nullptr, WC_TABCONTROLW, nullptr);
+        const int count = static_cast<int>(Ask(tabs, TCM_GETITEMCOUNT));
+        HWND page = nullptr;
+        for (int i = 0; i < count && !page; ++i) {
+            Ask(sheet_, PSM_SETCURSEL, static_cast<WPARAM>(i));
+            HWND shown = reinterpret_cast<HWND>(Ask(sheet_, PSM_GETCURRENTPAGEHWND));
+            if (shown && ::GetDlgItem(shown, IDC_SENDER_ADD) &&
+                !::GetDlgItem(shown, IDC_SENDER_IMPORT)) {
+                page = shown;
+                sheet_steps_.push_back("blocked-senders tab (" + std::to_string(i + 1) + " of " +
+                                       std::to_string(count) + ")");
+            }
+        }
+        if (!page)
+            return Problem("no blocked-senders page among the sheet's " + std::to_string(count) +
+                           " tabs");
+        HWND list = ::GetDlgItem(page, IDC_SENDER_LIST);
+        const LRESULT rows = Ask(list, LVM_GETITEMCOUNT);
+        if (!ClickOn(::GetDlgItem(page, IDC_SENDER_ADD)))
+            return false;
+        HWND dialog = WaitForWindow(
+            [&] {
+                return FindVisibleWindow(client_.id(), kDialogClass, [&](HWND w) {
+                    return ::GetWindow(w, GW_OWNER) == sheet_ &&
+                           ::GetDlgItem(w, IDC_EDIT_ADDRESS) != nullptr;
+                });
+            },
+            5000);
+        if (!dialog)
+            return Problem("the sender dialog did not open within 5 s of Add");
+        sheet_steps_.push_back("Add");
+        // The dialog puts the keyboard in its address field.
+        HWND address = ::GetDlgItem(dialog, IDC_EDIT_ADDRESS);
+        ::SetForegroundWindow(dialog);
+        if (!TypeText(kBlockedSender) ||
+            !WaitUntil([&] { return TextOf(address) == kBlockedSender; }, 3000)) {
+            return Problem("the sender's address did not arrive in the dialog (it reads '" +
+                           Utf8(TextOf(address)) + "')");
+        }
+        blocked_sender_ = Utf8(kBlockedSender);
+        sheet_steps_.push_back("typed " + blocked_sender_);
+        if (!ClickOn(::GetDlgItem(dialog, IDOK)))
+            return false;
+        if (!WaitUntil([&] { return !::IsWindow(dialog) && Ask(list, LVM_GETITEMCOUNT) > rows; },
+                       5000)) {
+            return Problem(::IsWindow(dialog)
+                               ? "the sender dialog did not close within 5 s of its OK"
+                               : "the blocked-senders list did not grow");
+        }
+        sheet_steps_.push_back("OK in the sender dialog");
+        ::RedrawWindow(sheet_, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+        ::Sleep(300);
+        return true;
+    }
+
+    // After a failed step: whatever the run left open (a menu, a message
+    // box, the sender dialog, the sheet) is cancelled, so the statistics and
+    // the close still run.
+    void DismissLeftovers() {
+        for (int round = 0; round < 4; ++round) {
+            if (FindVisibleWindow(client_.id(), kMenuClass, [](HWND) { return true; }))
+                PressKey(VK_ESCAPE);
+            HWND open = FindVisibleWindow(client_.id(), kDialogClass, [](HWND) { return true; });
+            if (!open)
+                return;
+            ::PostMessageW(open, WM_COMMAND, IDCANCEL, 0);
+            WaitUntil([&] { return !::IsWindow(open); }, 2000);
+        }
+    }
+
     // ---- the statistics of the session ----
 
     // Menu command 32773 as the logo menu sends it; the dialog asks the
@@ -394,24 +591,15 @@ private:
             Problem("no band to send the statistics command to");
             return;
         }
-        HWND dialog = nullptr;
-        WaitUntil(
+        HWND dialog = WaitForWindow(
             [&] {
-                for (HWND w = ::FindWindowExW(nullptr, nullptr, L"#32770", nullptr); w;
-                     w = ::FindWindowExW(nullptr, w, L"#32770", nullptr)) {
-                    DWORD owner = 0;
-                    ::GetWindowThreadProcessId(w, &owner);
-                    if (owner == client_.id() && ::GetDlgItem(w, IDC_STAT_CHART) &&
-                        ::IsWindowVisible(w)) {
-                        dialog = w;
-                        return true;
-                    }
-                }
-                return !client_.Running();
+                return FindVisibleWindow(client_.id(), kDialogClass, [](HWND w) {
+                    return ::GetDlgItem(w, IDC_STAT_CHART) != nullptr;
+                });
             },
             10000);
         if (!dialog) {
-            Problem("the statistics dialog did not open");
+            Problem("the statistics dialog did not open within 10 s");
             return;
         }
         ::RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
@@ -422,11 +610,7 @@ private:
             ::GetDlgItemTextW(dialog, id, text, 64);
             statistics_.push_back(Utf8(text));
         }
-        Picture picture;
-        if (!CaptureWindow(dialog, picture) || !SaveBmp(picture, out_ + L"\\statistics.bmp"))
-            Problem("no screenshot of the statistics dialog");
-        else
-            statistics_shot_ = std::to_string(picture.width) + "x" + std::to_string(picture.height);
+        statistics_shot_ = Shoot(dialog, L"statistics", "the statistics dialog");
         ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
         if (!WaitUntil([&] { return !::IsWindow(dialog); }, 5000))
             Problem("the statistics dialog did not close");
@@ -469,6 +653,12 @@ private:
         }
         fs::copy_file(user_folder_ + L"\\VELK_OE.ini", out_ + L"\\VELK_OE.user.ini",
                       fs::copy_options::overwrite_existing, ec);
+        fs::copy_file(BlockedListPath(user_folder_), BlockedListPath(out_),
+                      fs::copy_options::overwrite_existing, ec);
+    }
+
+    static std::wstring BlockedListPath(const std::wstring& folder) {
+        return senders::SenderListPathW(folder + L"\\", senders::SenderListKind::kBlocked);
     }
 
     // ---- the summary: from the files only ----
@@ -477,6 +667,11 @@ private:
         RunRecords run;
         run.scenario = &scenario_;
         run.identity = Utf8(config_.identity);
+        wchar_t language[16] = {}, country[16] = {}, id[8] = {};
+        ::GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_SISO639LANGNAME, language, 16);
+        ::GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_SISO3166CTRYNAME, country, 16);
+        std::swprintf(id, 8, L"%04X", ::GetSystemDefaultLangID());
+        run.locale = Utf8(std::wstring(language) + L"-" + country + L" (0x" + id + L")");
         run.client_events = ReadText(events_);
         run.scanner_report = ReadText(scanner_report_);
         run.scanner_log = ReadText(scanner_log_);
@@ -492,6 +687,17 @@ private:
         run.screenshot = shot_;
         run.statistics = statistics_;
         run.statistics_screenshot = statistics_shot_;
+        run.sheet_steps = sheet_steps_;
+        run.sheet_confirmed = sheet_confirmed_;
+        run.sheet_seconds = sheet_time_;
+        run.sheet_screenshot = sheet_shot_;
+        run.blocked_sender = blocked_sender_;
+        // The copy the run left, read by the lists' own code.
+        senders::SenderList blocked(senders::SenderListKind::kBlocked);
+        run.blocked_list_read = fs::exists(BlockedListPath(out_)) &&
+                                senders::LoadSenders(blocked, BlockedListPath(out_));
+        for (const senders::SenderEntryW& e : senders::SenderEntries(blocked))
+            run.blocked_list.push_back(Utf8(e.address));
         run.start = start_time_;
         run.end = end_time_;
         run.problems = problems_;
@@ -520,12 +726,13 @@ private:
     Scenario scenario_;
     Mailbox staged_;
     ChildProcess client_, scanner_;
-    HWND browser_ = nullptr, probe_ = nullptr, report_spam_ = nullptr;
+    HWND browser_ = nullptr, probe_ = nullptr, report_spam_ = nullptr, sheet_ = nullptr;
     LARGE_INTEGER client_start_{};
-    bool band_seen_ = false, moved_ = false, clicked_ = false;
-    double band_time_ = 0, close_time_ = 0;
+    bool band_seen_ = false, moved_ = false, clicked_ = false, sheet_confirmed_ = false;
+    double band_time_ = 0, close_time_ = 0, sheet_time_ = 0;
     std::uint64_t start_time_ = 0, end_time_ = 0;
-    std::string shot_, statistics_shot_;
+    std::string shot_, statistics_shot_, sheet_shot_, blocked_sender_;
+    std::vector<std::string> sheet_steps_;
     std::vector<std::string> statistics_;
     std::vector<std::wstring> logs_;
     std::vector<std::string> problems_;

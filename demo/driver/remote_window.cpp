@@ -69,17 +69,47 @@ bool MoveMouseOver(HWND window) {
     RECT rc{};
     if (!::GetWindowRect(window, &rc))
         return false;
-    const LONG x = (rc.left + rc.right) / 2, y = (rc.top + rc.bottom) / 2;
+    return MoveMouseTo(POINT{(rc.left + rc.right) / 2, (rc.top + rc.bottom) / 2});
+}
+
+bool MoveMouseTo(POINT p) {
     // Absolute input runs from 0 to 65535 across the primary screen.
     const LONG w = ::GetSystemMetrics(SM_CXSCREEN), h = ::GetSystemMetrics(SM_CYSCREEN);
     if (w <= 1 || h <= 1)
         return false;
-    return SendMouse(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE, (x * 65535 + (w - 1) / 2) / (w - 1),
-                     (y * 65535 + (h - 1) / 2) / (h - 1));
+    return SendMouse(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE, (p.x * 65535 + (w - 1) / 2) / (w - 1),
+                     (p.y * 65535 + (h - 1) / 2) / (h - 1));
 }
 
 bool ClickMouse() {
     return SendMouse(MOUSEEVENTF_LEFTDOWN) && SendMouse(MOUSEEVENTF_LEFTUP);
+}
+
+bool TypeText(const std::wstring& text) {
+    // As characters, not keys: the text arrives the same whatever the
+    // keyboard layout of the session's language.
+    for (wchar_t c : text) {
+        INPUT keys[2] = {};
+        for (INPUT& k : keys) {
+            k.type = INPUT_KEYBOARD;
+            k.ki.wScan = c;
+            k.ki.dwFlags = KEYEVENTF_UNICODE;
+        }
+        keys[1].ki.dwFlags |= KEYEVENTF_KEYUP;
+        if (::SendInput(2, keys, sizeof keys[0]) != 2)
+            return false;
+    }
+    return true;
+}
+
+bool PressKey(WORD virtual_key) {
+    INPUT keys[2] = {};
+    for (INPUT& k : keys) {
+        k.type = INPUT_KEYBOARD;
+        k.ki.wVk = virtual_key;
+    }
+    keys[1].ki.dwFlags = KEYEVENTF_KEYUP;
+    return ::SendInput(2, keys, sizeof keys[0]) == 2;
 }
 
 }  // namespace velk::demo

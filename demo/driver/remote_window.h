@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <string>
 
 namespace velk::demo {
 
@@ -23,12 +24,20 @@ HWND FindDescendantById(HWND root, int id);
 // inside the client window's "SizableRebar".
 bool ClientHasBand(HWND client, UINT band_id);
 
-// Moves the mouse to the middle of `window` (screen coordinates), through
-// the system's input queue.
+// Moves the mouse to the middle of `window`, or to a point of the screen,
+// through the system's input queue.
 bool MoveMouseOver(HWND window);
+bool MoveMouseTo(POINT screen);
 
 // A left click at the mouse's position, down then up, through the input
 // queue: the window under the mouse gets it as from a real mouse.
 bool ClickMouse();
+
+// Types `text` on the keyboard, one character at a time, into the window
+// that has the keyboard focus.
+bool TypeText(const std::wstring& text);
+
+// Presses and releases one key (VK_ESCAPE, ...).
+bool PressKey(WORD virtual_key);
 
 }  // namespace velk::demo
