@@ -188,22 +188,6 @@ TEST_F(ToolBarWindowTest, LogoMenuHandsItsChoiceToItsBandAndGoesWithTheBand) {
     EXPECT_TRUE(Pump([&] { return menu_open && PopupMenuWindow() == nullptr; }));
 }
 
-TEST_F(ToolBarWindowTest, OverflowMenuGoesWithTheBandAndItsBitmapsOutliveTheMenu) {
-    ::SetWindowPos(band(), nullptr, 0, 0, 60, 30, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-    ASSERT_TRUE(::IsWindowVisible(::GetDlgItem(band(), ID_TB_OVERFLOW)));
-    bool menu_open = false;
-    ::SendMessageW(band(), WM_COMMAND, ID_TB_OVERFLOW, 0);
-    Soon([&] {
-        menu_open = PopupMenuWindow() != nullptr;
-        TearBandDown();
-        // The menu shows the report buttons' bitmaps: still there to draw.
-        ::RedrawWindow(PopupMenuWindow(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
-    });
-    ASSERT_TRUE(Pump([&] { return menu_open && PopupMenuWindow() == nullptr; }));
-    EXPECT_EQ(nullptr, band());
-    EXPECT_TRUE(::IsWindow(toolbar_));
-}
-
 TEST_F(ToolBarWindowTest, SettingsWindowStaysUsableThroughTheBandsEndAndTheLeaveWaitsForIt) {
     HWND dialog = nullptr;
     bool usable = false, toolbar_waited = false;
