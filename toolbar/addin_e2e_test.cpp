@@ -47,6 +47,7 @@ std::string Narrow(const std::wstring& ascii) {
 
 constexpr wchar_t kAppDefaults[] = L"Software\\Wine\\AppDefaults\\mail_client_stub.exe";
 constexpr UINT kBandId = 3339;
+constexpr wchar_t kMenuClass[] = L"#32768";  // a pop-up menu's window
 
 void SetString(const std::wstring& key_path, const wchar_t* name, const std::wstring& value) {
     unique_hkey key;
@@ -127,8 +128,6 @@ protected:
         wchar_t data[MAX_PATH];
         ::ExpandEnvironmentStringsW(L"%ProgramData%", data, MAX_PATH);
         user_dir_ = std::wstring(data) + L"\\Nuvexa\\OE\\Users\\" + identity_ + L"\\";
-        ::SHDeleteKeyW(HKEY_CURRENT_USER,
-                       L"Software\\Wine\\AppDefaults\\mail_client_stub.exe\\Version");
         DeleteTree(user_dir_);
         SECURITY_ATTRIBUTES sa{sizeof(sa), nullptr, TRUE};
         nul_.reset(::CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
@@ -137,10 +136,7 @@ protected:
     }
     void TearDown() override {
         StopAll();
-        unique_hkey key;
-        if (::RegOpenKeyExW(HKEY_CURRENT_USER, kAppDefaults, 0, KEY_ALL_ACCESS, key.put()) ==
-            ERROR_SUCCESS)
-            ::RegDeleteValueW(key.get(), L"Version");
+        ::SHDeleteValueW(HKEY_CURRENT_USER, kAppDefaults, L"Version");
         DeleteTree(root_);
         DeleteTree(user_dir_);
     }
@@ -219,6 +215,15 @@ protected:
              child = ::FindWindowExW(rebar, child, nullptr, nullptr)) {
             if (::GetDlgItem(child, ID_TB_LOGO) != nullptr)
                 return child;
+        }
+        return nullptr;
+    }
+    // A visible dialog of the client's process owned by `owner`.
+    static HWND OwnedDialog(HWND owner) {
+        for (HWND w = ::FindWindowExW(nullptr, nullptr, L"#32770", nullptr); w != nullptr;
+             w = ::FindWindowExW(nullptr, w, L"#32770", nullptr)) {
+            if (::GetWindow(w, GW_OWNER) == owner && ::IsWindowVisible(w))
+                return w;
         }
         return nullptr;
     }
@@ -323,9 +328,13 @@ TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitch
     EXPECT_TRUE(Heard("posted WM_USER+29 "));
     EXPECT_TRUE(ReadAll(site + L".started").empty()) << "Shift still opened the site";
 
-    // Disabled from the logo menu: the user's file, the scanner, and the
-    // report switch ignored.
-    ::SendMessageW(band, WM_COMMAND, ID_MENU_DISABLE_TOOLBAR, 0);
+    // Disabled from the logo menu, keys choosing the entry as a user's would:
+    // the user's file, the scanner, and the report switch ignored.
+    Click(band, ID_TB_MENU_BUTTON);
+    ASSERT_TRUE(WaitFor([] { return ::FindWindowW(kMenuClass, nullptr) != nullptr; }));
+    for (WPARAM key : {VK_DOWN, VK_DOWN, VK_DOWN, VK_RETURN})
+        ::PostMessageW(MainWindow(), WM_KEYDOWN, key, 0);
+    EXPECT_TRUE(Heard("posted WM_USER+45 "));
     EXPECT_EQ(L"0", Ini(UserIni(), L"Antispam", L"EnableTBar"));
     EXPECT_TRUE(Heard("posted WM_USER+45 "));
     ::SendMessageW(toolbar, velk::host::kMsgSwitchReportButton, 0, 1);
@@ -347,18 +356,33 @@ TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitch
     StartScanner();
     ::SendMessageW(band, WM_COMMAND, ID_MENU_ENABLE_TOOLBAR, 0);
 
-    // The exports, each twice: one band out, one band in.
+    // The exports, each twice: one band out, one band in. A menu open as the
+    // band goes closes with it.
     HWND main = MainWindow();
+    Click(band, ID_TB_MENU_BUTTON);
+    ASSERT_TRUE(WaitFor([] { return ::FindWindowW(kMenuClass, nullptr) != nullptr; }));
     for (UINT export_call : {WM_APP + 3, WM_APP + 3}) {
         ::SendMessageW(main, export_call, 0, 0);
         EXPECT_EQ(-1, BandIndex(Rebar(1)));
     }
+    EXPECT_TRUE(WaitFor([] { return ::FindWindowW(kMenuClass, nullptr) == nullptr; }));
     for (UINT export_call : {WM_APP + 2, WM_APP + 2})
         ::SendMessageW(main, export_call, 0, 0);
     EXPECT_GE(BandIndex(Rebar(1)), 0);
 
-    // The client's window closing takes the band with it, and the add-in
-    // leaves too: the client's FreeLibrary then unmaps it at once.
+    // A settings window, owned by the client's window, stays usable through
+    // the band's end; the add-in's leave waits for it.
+    ::SendMessageW(Band(Rebar(1)), WM_COMMAND, ID_MENU_ABOUT, 0);
+    HWND about = nullptr;
+    ASSERT_TRUE(WaitFor([&] { return (about = OwnedDialog(main)) != nullptr; }));
+    ::SendMessageW(main, WM_APP + 3, 0, 0);
+    ::SendMessageW(toolbar, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(::IsWindowEnabled(about));
+    EXPECT_TRUE(::IsWindow(toolbar)) << "left from under an open window";
+    ::PostMessageW(about, WM_COMMAND, IDOK, 0);
+    EXPECT_TRUE(WaitFor([&] { return !::IsWindow(toolbar); }));
+
+    // The client's FreeLibrary at its close then unmaps the add-in at once.
     ::PostMessageW(main, WM_CLOSE, 0, 0);
     EXPECT_EQ(0u, WaitClient());
     EXPECT_NE(std::string::npos, Events().find("VELK_OEA.dll ms=")) << Events();
