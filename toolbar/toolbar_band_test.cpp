@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <windows.h>
+#include <commctrl.h>
 
 #include <string>
 
@@ -46,6 +47,24 @@ TEST(Band, TallButtonKeepsTheBandLowAndANarrowBandOffersItsHiddenButtonsInAMenu)
     ASSERT_TRUE(band.Create(parent.get()));
     // A 60-pixel bitmap would push the client's bars apart.
     EXPECT_EQ(24, band.min_cy());
+    // Each plain button is the tool of a tip of the band's, with the record's
+    // text; the tip watches the button's mouse itself.
+    int tools = 0;
+    for (HWND tip = ::FindWindowExW(nullptr, nullptr, TOOLTIPS_CLASSW, nullptr); tip != nullptr;
+         tip = ::FindWindowExW(nullptr, tip, TOOLTIPS_CLASSW, nullptr)) {
+        wchar_t text[64] = L"";
+        TTTOOLINFOW ti{};
+        ti.cbSize = TTTOOLINFOW_V2_SIZE;
+        ti.hwnd = band.hwnd();
+        ti.uId = reinterpret_cast<UINT_PTR>(band.button_window(6));
+        ti.lpszText = text;
+        if (!::SendMessageW(tip, TTM_GETTOOLINFOW, 0, reinterpret_cast<LPARAM>(&ti)))
+            continue;
+        ++tools;
+        EXPECT_STREQ(L"tip", text);
+        EXPECT_NE(0u, ti.uFlags & TTF_SUBCLASS);
+    }
+    EXPECT_EQ(1, tools) << "Report Spam's tip";
     auto resize = [&](int width) {
         ::SetWindowPos(band.hwnd(), nullptr, 0, 0, width, 30, SWP_NOZORDER | SWP_NOMOVE);
     };

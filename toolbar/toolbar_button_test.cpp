@@ -1,9 +1,6 @@
 #include "toolbar/toolbar_button.h"
-#include "toolbar/toolbar_button_tooltip.h"
 
 #include <gtest/gtest.h>
-
-#include <commctrl.h>
 
 #include <functional>
 #include <memory>
@@ -197,50 +194,6 @@ TEST_F(ToolBarButtonTest, PaintsItsStatesInTheClientsColoursButNeverTheTranspare
     Snapshot drop(menu->hwnd());
     EXPECT_EQ(16, drop.Count(RGB(255, 255, 0))) << "the 4x4 arrow, keyed edges left out";
     EXPECT_GT(drop.Count(RGB(255, 255, 255)), 0) << "the menu button stays readable";
-}
-
-// The tool's text and flags as the tooltip holds them.
-std::wstring ToolText(const CToolBarButtonToolTip& tip, HWND band, HWND button,
-                      UINT* flags = nullptr) {
-    wchar_t text[256] = {};
-    TTTOOLINFOW ti{};
-    ti.cbSize = TTTOOLINFOW_V2_SIZE;
-    ti.hwnd = band;
-    ti.uId = reinterpret_cast<UINT_PTR>(button);
-    ti.lpszText = text;
-    if (!::SendMessageW(tip.hwnd(), TTM_GETTOOLINFOW, 0, reinterpret_cast<LPARAM>(&ti))) {
-        return L"<no tool>";
-    }
-    if (flags != nullptr)
-        *flags = ti.uFlags;
-    return text;
-}
-
-TEST_F(ToolBarButtonTest, ButtonBecomesTheToolOfATipOwnedByTheBandAndStillClicks) {
-    ToolBarTheme theme(false, nullptr);
-    auto spam = Make(Record(kVariantPlain, kReportSpam, L"Report Spam", true), theme);
-    CToolBarButtonToolTip tip;
-    ASSERT_TRUE(tip.Create(band_.hwnd()));
-    EXPECT_EQ(band_.hwnd(), ::GetWindow(tip.hwnd(), GW_OWNER));
-    ASSERT_TRUE(tip.AddTool(spam->hwnd(), L"Report this message as spam"));
-    UINT flags = 0;
-    EXPECT_EQ(L"Report this message as spam", ToolText(tip, band_.hwnd(), spam->hwnd(), &flags));
-    EXPECT_EQ(static_cast<UINT>(TTF_IDISHWND | TTF_SUBCLASS),
-              flags & (TTF_IDISHWND | TTF_SUBCLASS));
-
-    tip.SetText(spam->hwnd(), L"Report again");
-    EXPECT_EQ(L"Report again", ToolText(tip, band_.hwnd(), spam->hwnd()));
-
-    // The tooltip now watches the button's mouse through its own procedure:
-    // the button must still report clicks.
-    Send(*spam, WM_LBUTTONUP);
-    EXPECT_EQ(1u, band_.commands.size());
-
-    // The band's destruction takes the tooltip along; the wrapper copes.
-    HWND tip_window = tip.hwnd();
-    spam.reset();
-    band_.Destroy();
-    EXPECT_FALSE(::IsWindow(tip_window));
 }
 
 }  // namespace
