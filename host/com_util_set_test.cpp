@@ -16,6 +16,15 @@ struct FakeSystem {
     WORD architecture = PROCESSOR_ARCHITECTURE_AMD64;
     int server_r2 = 0;
 } g_fake;
+BOOL WINAPI FakeGetVersion(OSVERSIONINFOW* record);
+void WINAPI FakeNativeInfo(SYSTEM_INFO* si) {
+    si->wProcessorArchitecture = g_fake.architecture;
+}
+int WINAPI FakeMetrics(int index) {
+    return index == SM_SERVERR2 ? g_fake.server_r2 : 0;
+}
+const CComUtilSet::SystemQueries kFake{&FakeGetVersion, [] { return &FakeNativeInfo; },
+                                       &FakeMetrics};
 
 BOOL WINAPI FakeGetVersion(OSVERSIONINFOW* record) {
     const bool extended = record->dwOSVersionInfoSize == sizeof(OSVERSIONINFOEXW);
@@ -28,16 +37,6 @@ BOOL WINAPI FakeGetVersion(OSVERSIONINFOW* record) {
         reinterpret_cast<OSVERSIONINFOEXW*>(record)->wProductType = g_fake.product;
     return TRUE;
 }
-void WINAPI FakeNativeInfo(SYSTEM_INFO* si) {
-    si->wProcessorArchitecture = g_fake.architecture;
-}
-CComUtilSet::NativeSystemInfoFn FakeFindNative() {
-    return &FakeNativeInfo;
-}
-int WINAPI FakeMetrics(int index) {
-    return index == SM_SERVERR2 ? g_fake.server_r2 : 0;
-}
-const CComUtilSet::SystemQueries kFake{&FakeGetVersion, &FakeFindNative, &FakeMetrics};
 
 // Bitness picks the shared version file's section; the major version picks
 // the client's mode.
@@ -65,8 +64,7 @@ TEST(ComUtilSet, SystemCodeBitnessAndClientModeFromTheSystemsAnswers) {
             EXPECT_EQ(c.major == 6, CComUtilSet::IsWMail(kFake) == 1) << c.major;
         }
         // Without the extended record there is no product type: a server.
-        g_fake = FakeSystem{};
-        g_fake.accept_extended = false;
+        g_fake = FakeSystem{false};
         EXPECT_EQ(13, CComUtilSet::GetOSVersion(kFake));
     });
     for (const char* line : {"@@@ CComUtilSet::IsWMail return[1]",

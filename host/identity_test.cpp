@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <shlwapi.h>
+
 #include <string>
 
 #include "common_src/QzCommon/QzComn_test_util.h"
@@ -14,14 +16,11 @@ namespace {
 // identities (used by the mail-client stand-in) stay untouched.
 TEST(Identity, LastUserIdWinsUnlessItCannotNameTheUsersFolder) {
     QzCommon::testing_util::TempKey temp(HKEY_CURRENT_USER);
-    win32::unique_hkey ids, root;
-    ASSERT_EQ(ERROR_SUCCESS,
-              ::RegCreateKeyExW(HKEY_CURRENT_USER, (temp.path() + L"\\Identities").c_str(), 0,
-                                nullptr, 0, KEY_ALL_ACCESS, nullptr, ids.put(), nullptr));
-    ::RegOpenKeyExW(HKEY_CURRENT_USER, temp.path().c_str(), 0, KEY_READ, root.put());
+    win32::unique_hkey root;
+    ASSERT_EQ(ERROR_SUCCESS, ::RegCreateKeyExW(HKEY_CURRENT_USER, temp.path().c_str(), 0, nullptr,
+                                               0, KEY_ALL_ACCESS, nullptr, root.put(), nullptr));
     auto set = [&](const wchar_t* name, DWORD type, const void* data, size_t bytes) {
-        ::RegSetValueExW(ids.get(), name, 0, type, static_cast<const BYTE*>(data),
-                         static_cast<DWORD>(bytes));
+        ::SHSetValueW(root.get(), L"Identities", name, type, data, static_cast<DWORD>(bytes));
     };
     auto set_text = [&](const wchar_t* name, const std::wstring& v) {
         set(name, REG_SZ, v.c_str(), (v.size() + 1) * sizeof(wchar_t));
