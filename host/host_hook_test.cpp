@@ -38,7 +38,7 @@ HWND Make(const wchar_t* cls) {
                              ::GetModuleHandleW(nullptr), nullptr);
 }
 
-TEST(HostHook, UnhooksWithoutToolbarWindowLeavesOnDestroyAndGoesFromBetweenOthers) {
+TEST(HostHook, UnhooksWithoutToolbarWindowLeavesOnDestroyAndUnhooksOnWindowsMailsMessage) {
     CHostHook& hook = CHostHook::Instance();
     hook.SetWindowsMail(false);
     QzCommon::testing_util::TempFolder folder;

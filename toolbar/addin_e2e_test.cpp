@@ -328,12 +328,16 @@ TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitch
     EXPECT_TRUE(Heard("posted WM_USER+29 "));
     EXPECT_TRUE(ReadAll(site + L".started").empty()) << "Shift still opened the site";
 
-    // Disabled from the logo menu, keys choosing the entry as a user's would:
-    // the user's file, the scanner, and the report switch ignored.
-    Click(band, ID_TB_MENU_BUTTON);
-    ASSERT_TRUE(WaitFor([] { return ::FindWindowW(kMenuClass, nullptr) != nullptr; }));
-    for (WPARAM key : {VK_DOWN, VK_DOWN, VK_DOWN, VK_RETURN})
-        ::PostMessageW(MainWindow(), WM_KEYDOWN, key, 0);
+    // The logo menu's fourth entry, chosen with keys as a user would:
+    // "Disable toolbar", or while disabled "Enable toolbar".
+    auto toggle_from_menu = [&] {
+        Click(band, ID_TB_MENU_BUTTON);
+        ASSERT_TRUE(WaitFor([] { return ::FindWindowW(kMenuClass, nullptr) != nullptr; }));
+        for (WPARAM key : {VK_DOWN, VK_DOWN, VK_DOWN, VK_RETURN})
+            ::PostMessageW(MainWindow(), WM_KEYDOWN, key, 0);
+    };
+    // Disabled: the user's file, the scanner, and the report switch ignored.
+    toggle_from_menu();
     EXPECT_TRUE(Heard("posted WM_USER+45 "));
     EXPECT_EQ(L"0", Ini(UserIni(), L"Antispam", L"EnableTBar"));
     EXPECT_TRUE(Heard("posted WM_USER+45 "));
@@ -345,11 +349,11 @@ TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitch
     const std::wstring started = scanner_exe + L".started";
     ASSERT_TRUE(::CopyFileW(Self().c_str(), scanner_exe.c_str(), FALSE));
     StopScanner();
-    ::SendMessageW(band, WM_COMMAND, ID_MENU_ENABLE_TOOLBAR, 0);
+    toggle_from_menu();
+    ASSERT_TRUE(WaitFor([&] { return !ReadAll(started).empty(); })) << "not started";
     EXPECT_EQ(L"1", Ini(UserIni(), L"Antispam", L"EnableTBar"));
     ::SendMessageW(toolbar, velk::host::kMsgSwitchReportButton, 0, 1);
     EXPECT_TRUE(Visible(band, ID_TB_REPORT_FP)) << "still disabled";
-    ASSERT_TRUE(WaitFor([&] { return !ReadAll(started).empty(); })) << "not started";
     EXPECT_EQ(Narrow(L"\"" + scanner_exe + L"\" " + velk::host::kCompanionWindowTitle) + "\n",
               ReadAll(started));
     ::DeleteFileW(started.c_str());

@@ -83,6 +83,7 @@ TEST(Band, TallButtonKeepsTheBandLowAndANarrowBandOffersItsHiddenButtonsInAMenu)
     // Report FP takes Report Spam's place, through later layouts too.
     const RECT spam = place(6);
     band.SwitchReportButton(true);
+    EXPECT_EQ(spam.left, place(7).left);
     resize(790);
     EXPECT_TRUE(shown(band.button_window(7)) && !shown(band.button_window(6)));
     EXPECT_EQ(spam.left, place(7).left);
