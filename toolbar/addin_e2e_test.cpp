@@ -11,7 +11,6 @@
 #include <fstream>
 #include <functional>
 #include <string>
-#include <vector>
 
 #include "common_src/win32/handles.h"
 #include "host/window_identifiers.h"
@@ -21,14 +20,6 @@
 namespace {
 
 using velk::win32::unique_handle;
-using velk::win32::unique_hkey;
-
-std::string Narrow(const std::wstring& ascii) {
-    std::string out;
-    for (wchar_t c : ascii)
-        out += static_cast<char>(c);
-    return out;
-}
 
 // Copied under another name, this program stands in for what the add-in
 // starts (the scanning process, the logo's web site): it only notes its
@@ -40,7 +31,8 @@ std::string Narrow(const std::wstring& ascii) {
     if (_wcsicmp(name, L"VELK_OE.exe") != 0 && _wcsicmp(name, L"logo_site.exe") != 0)
         return false;
     std::ofstream out((std::wstring(self) + L".started").c_str(), std::ios::binary | std::ios::app);
-    out << Narrow(::GetCommandLineW()) << '\n';
+    const std::wstring line = ::GetCommandLineW();
+    out << std::string(line.begin(), line.end()) << '\n';
     out.close();
     ::ExitProcess(0);
 }();
@@ -50,7 +42,7 @@ constexpr UINT kBandId = 3339;
 constexpr wchar_t kMenuClass[] = L"#32768";  // a pop-up menu's window
 
 void SetString(const std::wstring& key_path, const wchar_t* name, const std::wstring& value) {
-    unique_hkey key;
+    velk::win32::unique_hkey key;
     ::RegCreateKeyExW(HKEY_CURRENT_USER, key_path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
                       key.put(), nullptr);
     ::RegSetValueExW(key.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
@@ -354,8 +346,8 @@ TEST_F(AddinWorld, WindowsMailBandTalksToTheScannerAndFollowsTheExportsAndSwitch
     EXPECT_EQ(L"1", Ini(UserIni(), L"Antispam", L"EnableTBar"));
     ::SendMessageW(toolbar, velk::host::kMsgSwitchReportButton, 0, 1);
     EXPECT_TRUE(Visible(band, ID_TB_REPORT_FP)) << "still disabled";
-    EXPECT_EQ(Narrow(L"\"" + scanner_exe + L"\" " + velk::host::kCompanionWindowTitle) + "\n",
-              ReadAll(started));
+    const std::wstring command = L"\"" + scanner_exe + L"\" " + velk::host::kCompanionWindowTitle;
+    EXPECT_EQ(std::string(command.begin(), command.end()) + "\n", ReadAll(started));
     ::DeleteFileW(started.c_str());
     StartScanner();
     ::SendMessageW(band, WM_COMMAND, ID_MENU_ENABLE_TOOLBAR, 0);
