@@ -4,13 +4,14 @@
 
 #include <string>
 
-#include "host/log_capture_for_test.h"
+#include "common_src/QzCommon/QzComn_test_util.h"
 
 namespace velk::host {
 namespace {
 
 // The build copies the stand-ins beside this executable:
-// helper_complete\VelkHlp.dll and helper_without_proxy\VelkHlp.dll.
+// helper_complete\VelkHlp.dll and helper_without_proxy\VelkHlp.dll. They
+// report their calls in environment variables.
 std::wstring StubPath(const wchar_t* folder) {
     wchar_t self[MAX_PATH];
     std::wstring path(self, ::GetModuleFileNameW(nullptr, self, MAX_PATH));
@@ -23,54 +24,38 @@ std::wstring Env(const wchar_t* name) {
     return n > 0 && n < 512 ? std::wstring(buffer, n) : std::wstring();
 }
 
-class HelperLibraryTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        for (const wchar_t* name : {L"VELKHLP_STUB_INIT", L"VELKHLP_STUB_INITS",
-                                    L"VELKHLP_STUB_EXITS", L"VELKHLP_STUB_PROTECT"}) {
-            ::SetEnvironmentVariableW(name, nullptr);
-        }
-    }
-    velk::testing::LogCapture log_;
-};
-
-TEST_F(HelperLibraryTest, CompleteLibraryIsReadyAndEndsItsSessionOnce) {
-    const std::wstring path = StubPath(L"helper_complete");
+TEST(HelperLibrary, ReadyLibraryEndsItsSessionOnceAndAFailedOneIsFreedAndLogged) {
+    const std::wstring complete = StubPath(L"helper_complete");
     {
-        CVelkHlpWrapper helper(path);
+        CVelkHlpWrapper helper(complete);
         ASSERT_TRUE(helper.IsReady());
-        EXPECT_EQ(L"1", Env(L"VELKHLP_STUB_INITS"));
         EXPECT_EQ(1, helper.RTscanFolderProtect(L"C:\\Mail", true));
         EXPECT_EQ(L"1|C:\\Mail", Env(L"VELKHLP_STUB_PROTECT"));
-        wchar_t proxy[64] = {};
-        EXPECT_EQ(1, helper.GetProxy(proxy, 64));
-        EXPECT_STREQ(L"proxy.test:8080", proxy);
         EXPECT_EQ(L"", Env(L"VELKHLP_STUB_EXITS"));
     }
     EXPECT_EQ(L"1", Env(L"VELKHLP_STUB_EXITS"));
-    EXPECT_EQ(nullptr, ::GetModuleHandleW(path.c_str()));
-    EXPECT_FALSE(log_.Contains("Failed to init HVNWpr"));
-}
+    EXPECT_EQ(nullptr, ::GetModuleHandleW(complete.c_str()));
 
-TEST_F(HelperLibraryTest, FailedInitOrMissingEntryLogsAndFreesTheLibrary) {
+    // Init refused, or an entry missing (init is then never called).
     ::SetEnvironmentVariableW(L"VELKHLP_STUB_INIT", L"0");
-    for (const wchar_t* folder : {L"helper_complete", L"helper_without_proxy"}) {
-        const std::wstring path = StubPath(folder);
-        {
+    for (const wchar_t* name : {L"VELKHLP_STUB_INITS", L"VELKHLP_STUB_EXITS"})
+        ::SetEnvironmentVariableW(name, nullptr);
+    QzCommon::testing_util::TempFolder folder;
+    const std::string log = QzCommon::testing_util::CaptureLog(folder, [&] {
+        for (const wchar_t* stub : {L"helper_complete", L"helper_without_proxy"}) {
+            const std::wstring path = StubPath(stub);
             CVelkHlpWrapper helper(path);
             EXPECT_FALSE(helper.IsReady());
             EXPECT_EQ(nullptr, ::GetModuleHandleW(path.c_str()));
             wchar_t proxy[8] = {};
             EXPECT_EQ(0, helper.GetProxy(proxy, 8)) << "no call into a freed library";
         }
-        EXPECT_EQ(L"", Env(L"VELKHLP_STUB_EXITS")) << "no session was opened";
-    }
-    // Init ran once: for the complete library, not for the one missing an entry.
+    });
+    ::SetEnvironmentVariableW(L"VELKHLP_STUB_INIT", nullptr);
     EXPECT_EQ(L"1", Env(L"VELKHLP_STUB_INITS"));
-    EXPECT_TRUE(log_.Contains("Failed to init HVNWpr"));
-
-    CVelkHlpWrapper absent(StubPath(L"no_such_folder"));
-    EXPECT_FALSE(absent.IsReady());
+    EXPECT_EQ(L"", Env(L"VELKHLP_STUB_EXITS")) << "no session was opened";
+    EXPECT_NE(std::string::npos, log.find("Failed to init HVNWpr")) << log;
+    EXPECT_FALSE(CVelkHlpWrapper(StubPath(L"no_such_folder")).IsReady());
 }
 
 }  // namespace

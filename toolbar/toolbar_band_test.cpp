@@ -1,194 +1,120 @@
 // The band in this process, over the staged language module: its height
-// rule, the overflow layout and menu, and the logo menu's trimming.
+// rule and its overflow layout and menu. Clicks, menus and the report switch
+// are proven with the add-in in the client.
 #include <gtest/gtest.h>
 
 #include <windows.h>
+#include <commctrl.h>
 
 #include <string>
-#include <vector>
 
+#include "common_src/QzCommon/QzComn_test_util.h"
 #include "common_src/win32/ResourceHandle.h"
 #include "common_src/win32/handles.h"
 #include "host/addin_globals.h"
 #include "resources/resource_ids.h"
-#include "settings/ini_profile.h"
-#include "toolbar/band_resources.h"
 #include "toolbar/toolbar_band.h"
 
 namespace {
 
 using velk::host::Globals;
 using velk::toolbar::CToolBarBand;
-using velk::toolbar::ToolBarButtonRecord;
 
-std::vector<UINT> Ids(HMENU menu) {
-    std::vector<UINT> ids;
-    for (int i = 0; i < ::GetMenuItemCount(menu); ++i)
-        ids.push_back(::GetMenuItemID(menu, i));  // 0 for a separator, -1 for a sub-menu
-    return ids;
-}
+constexpr UINT kAbsent = 0xFFFFFFFFu;
 
-class BandTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(mui_.Load(std::wstring(VELK_TEST_DIST) + L"\\Resource\\en-US\\"));
-        Globals().resources = reinterpret_cast<HINSTANCE>(mui_.Get());
-        wchar_t temp[MAX_PATH];
-        ::GetTempPathW(MAX_PATH, temp);
-        Globals().where = velk::settings::SettingsLocations(temp, temp);
-        Globals().where.install_ini = std::wstring(temp) + L"velk_band_test.ini";
-        Globals().where.SetUser(L"band-test");
-        ::DeleteFileW(Globals().where.install_ini.c_str());
-        ASSERT_TRUE(velk::toolbar::CToolBarButton::RegisterButtonClass());
-        parent_.reset(::CreateWindowW(L"STATIC", L"", WS_POPUP, 0, 0, 800, 40, nullptr, nullptr,
-                                      nullptr, nullptr));
-        tall_.reset(::CreateBitmap(16, 60, 1, 32, nullptr));
-        icon_.reset(::CreateBitmap(16, 16, 1, 32, nullptr));
-        records_[0] = {tall_.get(), nullptr, L"", L"logo", 1, 0, 9, ID_TB_LOGO};
-        records_[1] = {nullptr, nullptr, L"Menu", L"", 1, 2, 9, ID_TB_MENU_BUTTON};
-        records_[2] = {nullptr, nullptr, L"", L"", 2, 0, 9, -1};
-        records_[5] = {nullptr, nullptr, L"", L"", 2, 1, 9, -1};
-        records_[6] = {icon_.get(), nullptr, L"Report Spam", L"tip", 1, 0, 9, ID_TB_REPORT_SPAM};
-        records_[7] = {icon_.get(), nullptr, L"Report FP", L"tip", 1, 0, 9, ID_TB_REPORT_FP};
-    }
-    void TearDown() override {
-        band_.reset();
-        parent_.reset();
-        Globals().resources = nullptr;
-        ::DeleteFileW(Globals().where.install_ini.c_str());
-    }
-    void Install(const wchar_t* key, const wchar_t* value) {
-        ::WritePrivateProfileStringW(L"General", key, value, Globals().where.install_ini.c_str());
-    }
-    HWND MakeBand() {
-        band_.reset(new CToolBarBand(records_, 8, false, nullptr));
-        EXPECT_TRUE(band_->Create(parent_.get()));
-        return band_->hwnd();
-    }
-    void Resize(int width) {
-        ::SetWindowPos(band_->hwnd(), nullptr, 0, 0, width, 30, SWP_NOZORDER | SWP_NOMOVE);
-    }
-    // The window's own flag: the test's parent window is never shown.
-    static bool Flag(HWND window) {
-        return (::GetWindowLongPtrW(window, GWL_STYLE) & WS_VISIBLE) != 0;
-    }
-    bool Shown(int index) const { return Flag(band_->button_window(index)); }
-
-    ResourceHandle mui_;
-    velk::win32::unique_hwnd parent_;
-    velk::win32::unique_hbitmap tall_, icon_;
-    ToolBarButtonRecord records_[8];
-    std::unique_ptr<CToolBarBand> band_;
-};
-
-TEST_F(BandTest, TallButtonKeepsTheBandLowAndNarrowBandOffersHiddenButtonsInItsMenu) {
-    Install(L"ShowCRXButton", L"0");
-    HWND band = MakeBand();
-    ASSERT_NE(nullptr, band);
+TEST(Band, TallButtonKeepsTheBandLowAndANarrowBandOffersItsHiddenButtonsInAMenu) {
+    ResourceHandle mui;
+    ASSERT_TRUE(mui.Load(std::wstring(VELK_TEST_DIST) + L"\\Resource\\en-US\\"));
+    Globals().resources = reinterpret_cast<HINSTANCE>(mui.Get());
+    QzCommon::testing_util::TempFolder folder;
+    Globals().where = velk::settings::SettingsLocations(folder.path(), folder.path());
+    Globals().where.SetUser(L"band-test");
+    // Cloud feedback hidden by the installation.
+    folder.WriteFile(L"VELK_OE.ini", "[General]\r\nShowCRXButton=0\r\n");
+    ASSERT_TRUE(velk::toolbar::CToolBarButton::RegisterButtonClass());
+    velk::win32::unique_hwnd parent(::CreateWindowW(L"STATIC", L"", WS_POPUP, 0, 0, 800, 40,
+                                                    nullptr, nullptr, nullptr, nullptr));
+    velk::win32::unique_hbitmap tall(::CreateBitmap(16, 60, 1, 32, nullptr));
+    velk::win32::unique_hbitmap icon(::CreateBitmap(16, 16, 1, 32, nullptr));
+    const velk::toolbar::ToolBarButtonRecord records[8] = {
+        {tall.get(), nullptr, L"", L"logo", 1, 0, 9, ID_TB_LOGO},
+        {nullptr, nullptr, L"Menu", L"", 1, 2, 9, ID_TB_MENU_BUTTON},
+        {nullptr, nullptr, L"", L"", 2, 0, 9, -1}, {}, {},
+        {nullptr, nullptr, L"", L"", 2, 1, 9, -1},
+        {icon.get(), nullptr, L"Report Spam", L"tip", 1, 0, 9, ID_TB_REPORT_SPAM},
+        {icon.get(), nullptr, L"Report FP", L"tip", 1, 0, 9, ID_TB_REPORT_FP}};
+    CToolBarBand band(records, 8, false, nullptr);
+    ASSERT_TRUE(band.Create(parent.get()));
     // A 60-pixel bitmap would push the client's bars apart.
-    EXPECT_EQ(24, band_->min_cy());
-    // Drawn by us, each button still names itself to screen readers: its
-    // caption, else its tooltip.
-    auto text = [](HWND window) {
-        wchar_t buffer[64] = L"";
-        ::GetWindowTextW(window, buffer, 64);
-        return std::wstring(buffer);
-    };
-    EXPECT_EQ(L"logo", text(band_->button_window(0)));
-    EXPECT_EQ(L"Report Spam", text(band_->button_window(6)));
-    EXPECT_EQ(L">>", text(band_->overflow_window()));
-    // Cloud feedback hidden by the installation: gone from both sub-menus.
-    for (int sub : {0, 1}) {
-        EXPECT_EQ(0xFFFFFFFFu, ::GetMenuState(::GetSubMenu(band_->logo_menu(), sub),
-                                              ID_MENU_CLOUD_FEEDBACK, MF_BYCOMMAND));
+    EXPECT_EQ(24, band.min_cy());
+    // Each plain button is the tool of a tip of the band's, with the record's
+    // text; the tip watches the button's mouse itself.
+    int tools = 0;
+    for (HWND tip = ::FindWindowExW(nullptr, nullptr, TOOLTIPS_CLASSW, nullptr); tip != nullptr;
+         tip = ::FindWindowExW(nullptr, tip, TOOLTIPS_CLASSW, nullptr)) {
+        wchar_t text[64] = L"";
+        TTTOOLINFOW ti{};
+        ti.cbSize = TTTOOLINFOW_V2_SIZE;
+        ti.hwnd = band.hwnd();
+        ti.uId = reinterpret_cast<UINT_PTR>(band.button_window(6));
+        ti.lpszText = text;
+        if (!::SendMessageW(tip, TTM_GETTOOLINFOW, 0, reinterpret_cast<LPARAM>(&ti)))
+            continue;
+        ++tools;
+        EXPECT_STREQ(L"tip", text);
+        EXPECT_NE(0u, ti.uFlags & TTF_SUBCLASS);
     }
-
-    Resize(800);
-    EXPECT_FALSE(Flag(band_->overflow_window()));
-    EXPECT_TRUE(Shown(0) && Shown(1) && Shown(6));
-    EXPECT_FALSE(Shown(7));  // one report button at a time
-
-    // Only the logo fits: the menu button and the report buttons overflow.
-    Resize(60);
-    EXPECT_TRUE(Flag(band_->overflow_window()));
-    EXPECT_TRUE(Shown(0));
-    EXPECT_FALSE(Shown(1) || Shown(6));
-    velk::win32::unique_hmenu menu = band_->BuildOverflowMenu();
-    const std::vector<UINT> ids = Ids(menu.get());
-    ASSERT_EQ(3u, ids.size());
-    EXPECT_EQ(static_cast<UINT>(-1), ids[0]);  // the logo menu as a sub-menu
-    EXPECT_EQ(static_cast<UINT>(ID_TB_REPORT_SPAM), ids[1]);
-    EXPECT_EQ(static_cast<UINT>(ID_TB_REPORT_FP), ids[2]);
-    wchar_t caption[32] = L"";
-    ::GetMenuStringW(menu.get(), 0, caption, 32, MF_BYPOSITION);
-    EXPECT_STREQ(L"Menu", caption);
-    HMENU copy = ::GetSubMenu(menu.get(), 0);
-    EXPECT_NE(0xFFFFFFFFu, ::GetMenuState(copy, ID_MENU_DISABLE_TOOLBAR, MF_BYCOMMAND));
-    EXPECT_EQ(0xFFFFFFFFu, ::GetMenuState(copy, ID_MENU_CLOUD_FEEDBACK, MF_BYCOMMAND));
-
-    // Disabled buttons: the copy is the "enable" sub-menu.
-    band_->EnableButtons(false);
-    menu = band_->BuildOverflowMenu();
-    copy = ::GetSubMenu(menu.get(), 0);
-    EXPECT_NE(0xFFFFFFFFu, ::GetMenuState(copy, ID_MENU_ENABLE_TOOLBAR, MF_BYCOMMAND));
-}
-
-TEST_F(BandTest, ReportFpKeepsReportSpamsPlaceThroughLaterLayouts) {
-    MakeBand();
-    Resize(800);
-    auto left = [&](int index) {
+    EXPECT_EQ(1, tools) << "Report Spam's tip";
+    auto resize = [&](int width) {
+        ::SetWindowPos(band.hwnd(), nullptr, 0, 0, width, 30, SWP_NOZORDER | SWP_NOMOVE);
+    };
+    // The window's own flag: the test's parent window is never shown.
+    auto shown = [&](HWND w) { return (::GetWindowLongPtrW(w, GWL_STYLE) & WS_VISIBLE) != 0; };
+    auto place = [&](int index) {
         RECT r{};
-        ::GetWindowRect(band_->button_window(index), &r);
-        return r.left;
+        ::GetWindowRect(band.button_window(index), &r);
+        ::MapWindowPoints(nullptr, band.hwnd(), reinterpret_cast<POINT*>(&r), 2);
+        return r;
     };
-    const int spam = left(6);
-    band_->SwitchReportButton(true);
-    for (int width : {790, 800}) {
-        Resize(width);
-        EXPECT_TRUE(Shown(7) && !Shown(6)) << width;
-        EXPECT_EQ(spam, left(7)) << width;
+
+    resize(800);
+    EXPECT_FALSE(shown(band.overflow_window()));
+    EXPECT_TRUE(shown(band.button_window(6)) && !shown(band.button_window(7)));
+    // Report FP takes Report Spam's place, through later layouts too.
+    const RECT spam = place(6);
+    band.SwitchReportButton(true);
+    EXPECT_EQ(spam.left, place(7).left);
+    resize(790);
+    EXPECT_TRUE(shown(band.button_window(7)) && !shown(band.button_window(6)));
+    EXPECT_EQ(spam.left, place(7).left);
+    band.SwitchReportButton(false);
+    // A button that would reach under the ">>" button overflows.
+    resize(spam.right + 10);
+    EXPECT_FALSE(shown(band.button_window(6)));
+    EXPECT_TRUE(shown(band.overflow_window()));
+
+    // Only the logo fits: the menu button and the report buttons overflow
+    // into the menu, the logo menu as a sub-menu without cloud feedback.
+    resize(60);
+    EXPECT_TRUE(shown(band.button_window(0)) && !shown(band.button_window(1)));
+    for (bool enabled : {true, false}) {
+        band.EnableButtons(enabled);
+        velk::win32::unique_hmenu menu = band.BuildOverflowMenu();
+        ASSERT_EQ(3, ::GetMenuItemCount(menu.get()));
+        EXPECT_EQ(static_cast<UINT>(ID_TB_REPORT_SPAM), ::GetMenuItemID(menu.get(), 1));
+        EXPECT_EQ(static_cast<UINT>(ID_TB_REPORT_FP), ::GetMenuItemID(menu.get(), 2));
+        HMENU copy = ::GetSubMenu(menu.get(), 0);
+        ASSERT_NE(nullptr, copy);
+        EXPECT_NE(kAbsent, ::GetMenuState(copy, enabled ? ID_MENU_DISABLE_TOOLBAR
+                                                        : ID_MENU_ENABLE_TOOLBAR,
+                                          MF_BYCOMMAND));
+        EXPECT_EQ(kAbsent, ::GetMenuState(copy, ID_MENU_CLOUD_FEEDBACK, MF_BYCOMMAND));
     }
-    band_->SwitchReportButton(false);
-    Resize(790);
-    EXPECT_TRUE(Shown(6) && !Shown(7));
-    EXPECT_EQ(spam, left(6));
-}
-
-TEST_F(BandTest, FirstPopupTakesTheUpdatesGroupOutOfBothSubMenusOnce) {
-    MakeBand();
-    const std::vector<UINT> expected[] = {
-        {ID_MENU_FILTERING_SETTINGS, ID_MENU_STATISTICS, 0, ID_MENU_DISABLE_TOOLBAR, ID_MENU_HELP,
-         ID_MENU_CLOUD_FEEDBACK, ID_MENU_ABOUT},
-        {ID_MENU_FILTERING_SETTINGS, ID_MENU_STATISTICS, 0, ID_MENU_ENABLE_TOOLBAR, ID_MENU_HELP,
-         ID_MENU_CLOUD_FEEDBACK, ID_MENU_ABOUT}};
-    for (int round = 0; round < 2; ++round) {
-        band_->TrimLogoMenuOnFirstPopup();
-        for (int sub : {0, 1})
-            EXPECT_EQ(expected[sub], Ids(::GetSubMenu(band_->logo_menu(), sub))) << round;
+    for (int sub : {0, 1}) {
+        EXPECT_EQ(kAbsent, ::GetMenuState(::GetSubMenu(band.logo_menu(), sub),
+                                          ID_MENU_CLOUD_FEEDBACK, MF_BYCOMMAND));
     }
-}
-
-TEST(BandTexts, CompanyNameReplacesTheFirstMarkerFromTheInstallationElseTheLocalisedOne) {
-    wchar_t temp[MAX_PATH];
-    ::GetTempPathW(MAX_PATH, temp);
-    const std::wstring ini = std::wstring(temp) + L"velk_band_texts.ini";
-    ::DeleteFileW(ini.c_str());
-    velk::settings::IniProfile profile(ini, ini + L".user");
-    QzLanguageEnvironment environment;
-    environment.resourceRoot = std::wstring(VELK_TEST_DIST) + L"\\Resource\\";
-    QzResourceStringLoader strings(environment);
-    ASSERT_TRUE(strings.Initialize(L"VELK_OE_AGENT"));
-    const std::wstring localised = strings.LoadStringW(L"IDS_CORP_NAME");
-    ASSERT_FALSE(localised.empty());
-
-    const std::wstring text = L"by <$CORP_NAME> for <$CORP_NAME>";
-    EXPECT_EQ(L"by " + localised + L" for <$CORP_NAME>",
-              velk::toolbar::SubstituteCompany(text, profile, strings));
-    ::WritePrivateProfileStringW(L"General", L"CorpName", L"Acme", ini.c_str());
-    EXPECT_EQ(L"by Acme for <$CORP_NAME>",
-              velk::toolbar::SubstituteCompany(text, profile, strings));
-    EXPECT_EQ(L"no marker", velk::toolbar::SubstituteCompany(L"no marker", profile, strings));
-    ::DeleteFileW(ini.c_str());
+    Globals().resources = nullptr;
 }
 
 }  // namespace
