@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "senders/memory_file_system.h"
-#include "senders/senders_test_util.h"
 
 namespace velk::senders {
 namespace {
@@ -50,25 +49,10 @@ TEST(BlockedEncodingsFile, AnythingButAWellFormedFileIsRefusedWithItsReason) {
         EXPECT_FALSE(ParseBlockedEncodings(b.bytes, parsed, problem)) << b.bytes;
         EXPECT_EQ(problem, b.problem) << b.bytes;
         EXPECT_TRUE(parsed.empty());
+        MemoryFileSystem fs;  // and the page offers nothing blocked
+        fs.files[u"f"] = b.bytes;
+        EXPECT_EQ(LoadBlockedEncodings(fs, u"f"), DefaultBlockedEncodings());
     }
-}
-
-// The page offers its own table: a file gives only the flags of the entries
-// offered here.
-TEST(BlockedEncodingsFile, LoadTakesTheFlagsOfTheEntriesOfferedHere) {
-    MemoryFileSystem fs;
-    const std::u16string path = BlockedEncodingsPath(u"C:\\u\\");
-    EXPECT_EQ(path, u"C:\\u\\BlockEncodings.dat");
-    EXPECT_EQ(LoadBlockedEncodings(fs, path), DefaultBlockedEncodings());  // no file
-    fs.files[path] = kBanner + "3\r\nGreek\t1\t1\r\nKlingon\t1\t9\r\nThai\t0\r\n";
-    testing::TempFolder dir;
-    std::vector<BlockedEncoding> loaded;
-    std::string logged = testing::CaptureLog(dir, [&] { loaded = LoadBlockedEncodings(fs, path); });
-    std::vector<BlockedEncoding> expected = DefaultBlockedEncodings();
-    for (BlockedEncoding& e : expected)
-        e.blocked = e.key == "Greek";  // with our own code pages, not the file's
-    EXPECT_EQ(loaded, expected);
-    EXPECT_NE(logged.find("entry Klingon is not offered here"), std::string::npos) << logged;
 }
 
 }  // namespace

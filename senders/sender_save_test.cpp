@@ -7,6 +7,7 @@
 
 #include "senders/memory_file_system.h"
 #include "senders/sender_list.h"
+#include "senders/sender_text.h"
 #include "senders/senders_test_util.h"
 
 namespace velk::senders {
@@ -45,71 +46,47 @@ public:
     }
 };
 
-class SenderListSaveTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        list_.Add(u"old@x.com", {u"Old", u"old@x.com"});
-        ASSERT_TRUE(list_.Save(u"b"));
-        old_ = fs_.mem.files[u"b"];
-        list_.Add(u"new@x.com", {u"New", u"new@x.com"});
-        fs_.replaces = 0;
-    }
-    // Saves with the faults set up; the log of the save.
-    std::string Save(bool expected) {
-        return testing::CaptureLog(logs_, [&] { EXPECT_EQ(expected, list_.Save(u"b")); });
-    }
-    void ExpectOldFileKept() {
-        EXPECT_EQ(fs_.mem.files[u"b"], old_);
-        EXPECT_EQ(fs_.mem.files.count(u"b.tmp"), 0u);
-        EXPECT_TRUE(list_.Modified());
-    }
-
-    testing::TempFolder logs_;
-    FaultyFileSystem fs_;
-    SenderList list_{SenderListKind::kBlocked, fs_};
-    std::string old_;
-};
-
-TEST_F(SenderListSaveTest, AWriteFailingPartWayKeepsTheOldFileAndTheNextSaveWorks) {
-    fs_.mem.files[u"b.tmp"] = "half a list from a crash";
-    fs_.writeFailsAfter = old_.size() / 2;
-    std::string logged = Save(false);
-    ExpectOldFileKept();
-    EXPECT_NE(logged.find("not saved, writing"), std::string::npos) << logged;
-    EXPECT_NE(logged.find("(error 112); the old file is kept"), std::string::npos) << logged;
-    EXPECT_EQ(fs_.replaces, 0);  // nothing half-written ever takes the list's place
-
-    fs_.mem.files[u"b.tmp"] = "half a list from a crash";
-    fs_.writeFailsAfter = FaultyFileSystem::kNever;
-    Save(true);
-    EXPECT_FALSE(list_.Modified());
-    EXPECT_EQ(fs_.mem.files.count(u"b.tmp"), 0u);
-    EXPECT_NE(fs_.mem.files[u"b"].find("new@x.com"), std::string::npos);
-}
-
 // Another program holding the list open without delete sharing: a moment's
 // refusal is retried, a lasting one is answered by writing in place, and a
 // write in place that fails part-way puts the old bytes back.
-TEST_F(SenderListSaveTest, AReplaceRefusedIsRetriedThenTheFileIsWrittenInPlace) {
-    fs_.replaceFailures = 2;
-    EXPECT_EQ(Save(true).find("in place"), std::string::npos);
-    EXPECT_EQ(fs_.replaces, 3);
-    EXPECT_NE(fs_.mem.files[u"b"].find("new@x.com"), std::string::npos);
+TEST(SenderListSave, EveryFailureKeepsTheOldFileAndTheChangedMark) {
+    testing::TempFolder logs;
+    FaultyFileSystem fs;
+    SenderList list(SenderListKind::kBlocked, fs);
+    list.Add(u"old@x.com", {u"Old", u"old@x.com"});
+    ASSERT_TRUE(list.Save(u"b"));
+    std::string old = fs.mem.files[u"b"];
+    auto save = [&](bool expected, const std::string& new_address) {
+        list.Add(Utf8ToUtf16(new_address), {u"", Utf8ToUtf16(new_address)});
+        fs.replaces = 0;
+        const std::string logged =
+            testing::CaptureLog(logs, [&] { EXPECT_EQ(expected, list.Save(u"b")); });
+        EXPECT_EQ(expected, fs.mem.files[u"b"].find(new_address) != std::string::npos);
+        if (!expected)
+            EXPECT_EQ(fs.mem.files[u"b"], old) << logged;  // the old list, whole
+        EXPECT_EQ(fs.mem.files.count(u"b.tmp"), 0u);
+        EXPECT_EQ(!expected, list.Modified());
+        old = fs.mem.files[u"b"];
+        return logged;
+    };
+    fs.mem.files[u"b.tmp"] = "half a list from a crash";
+    fs.writeFailsAfter = old.size() / 2;
+    std::string logged = save(false, "a@x.com");
+    EXPECT_NE(logged.find("not saved, writing"), std::string::npos);
+    EXPECT_NE(logged.find("(error 112); the old file is kept"), std::string::npos);
+    EXPECT_EQ(fs.replaces, 0);  // nothing half-written ever takes the list's place
 
-    list_.Add(u"newer@x.com", {u"", u"newer@x.com"});
-    old_ = fs_.mem.files[u"b"];
-    fs_.replaceFailures = -1;
-    fs_.overwriteFailsAfter = 10;
-    std::string logged = Save(false);
-    ExpectOldFileKept();
-    EXPECT_NE(logged.find("nor written in place (error 112)"), std::string::npos) << logged;
+    fs.mem.files[u"b.tmp"] = "half a list from a crash";
+    fs.writeFailsAfter = FaultyFileSystem::kNever;
+    fs.replaceFailures = 2;
+    EXPECT_EQ(save(true, "b@x.com").find("in place"), std::string::npos);
+    EXPECT_EQ(fs.replaces, 3);
 
-    logged = Save(true);
-    EXPECT_NE(logged.find("cannot be replaced (error 32); written in place"), std::string::npos)
-        << logged;
-    EXPECT_NE(fs_.mem.files[u"b"].find("newer@x.com"), std::string::npos);
-    EXPECT_EQ(fs_.mem.files.count(u"b.tmp"), 0u);
-    EXPECT_FALSE(list_.Modified());
+    fs.replaceFailures = -1;
+    fs.overwriteFailsAfter = 10;
+    EXPECT_NE(save(false, "c@x.com").find("nor written in place (error 112)"), std::string::npos);
+    logged = save(true, "d@x.com");
+    EXPECT_NE(logged.find("cannot be replaced (error 32); written in place"), std::string::npos);
 }
 
 }  // namespace

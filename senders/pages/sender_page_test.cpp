@@ -99,12 +99,6 @@ protected:
         return ::GetDlgItem(s.page(page), IDC_SENDER_LIST);
     }
     static int Rows(ScriptedSheet& s, int page) { return ListView_GetItemCount(List(s, page)); }
-    static std::wstring Selected(ScriptedSheet& s) {
-        wchar_t text[300] = L"";
-        ListView_GetItemText(List(s, 0), ListView_GetNextItem(List(s, 0), -1, LVNI_SELECTED), 0,
-                             text, 300);
-        return text;
-    }
     static void Key(ScriptedSheet& s, int row, UINT key) {
         if (row >= 0)
             ListView_SetItemState(List(s, 0), row, LVIS_SELECTED | LVIS_FOCUSED,
@@ -115,13 +109,15 @@ protected:
     static bool OkEnabled(HWND dialog) {
         return ::IsWindowEnabled(::GetDlgItem(dialog, IDOK)) != FALSE;
     }
-    void ExpectBoxes(const std::vector<std::pair<const wchar_t*, const wchar_t*>>& expected) {
-        ASSERT_EQ(expected.size(), driver_.boxes.size());
-        for (std::size_t i = 0; i < expected.size(); ++i) {
-            EXPECT_EQ(world_.ui.Text(expected[i].first), driver_.boxes[i].text) << i;
-            if (expected[i].second != nullptr)
-                EXPECT_EQ(world_.ui.Text(expected[i].second), driver_.boxes[i].caption) << i;
-        }
+    // The texts of the message boxes answered, in order, then the caption of
+    // each kind of box.
+    void ExpectBoxes(const std::vector<const wchar_t*>& texts,
+                     const std::vector<std::pair<std::size_t, const wchar_t*>>& captions) {
+        ASSERT_EQ(texts.size(), driver_.boxes.size());
+        for (std::size_t i = 0; i < texts.size(); ++i)
+            EXPECT_EQ(world_.ui.Text(texts[i]), driver_.boxes[i].text) << i;
+        for (const auto& [box, caption] : captions)
+            EXPECT_EQ(world_.ui.Text(caption), driver_.boxes[box].caption) << box;
         EXPECT_TRUE(driver_.Done());
     }
 
@@ -161,7 +157,6 @@ TEST_F(SenderPagesTest, EditsAskAboutTheOtherListAndRefuseWhatCannotBeKept) {
     };
     driver_.Then([&](HWND d, bool) {
         CheckLayout(d);
-        ok_while_blank.push_back(OkEnabled(d));
         ::SetDlgItemTextW(d, IDC_EDIT_ADDRESS, L" \t\r\n");
         ok_while_blank.push_back(OkEnabled(d));
         type(d, std::wstring(251, L'a') + L"@x.com", L"");  // 257 characters
@@ -174,7 +169,7 @@ TEST_F(SenderPagesTest, EditsAskAboutTheOtherListAndRefuseWhatCannotBeKept) {
         driver_.Answer(IDOK);
         driver_.Then([&, address = address, name = name](HWND d, bool again) {
             DialogDriver::Later([&, d, address, name] {
-                testing::WaitFor([d] { return ::GetParent(::GetFocus()) == d; });
+                testing::WaitFor([d] { return ::IsChild(d, ::GetFocus()) != FALSE; });
                 after_refusal.push_back({OkEnabled(d), ::GetDlgCtrlID(::GetFocus())});
                 type(d, address, name);
             });
@@ -186,34 +181,18 @@ TEST_F(SenderPagesTest, EditsAskAboutTheOtherListAndRefuseWhatCannotBeKept) {
     driver_.FillSender(L"one@x.com", L"");  // the blocked list is full
     driver_.Answer(IDOK);
 
-    int rows_after_move = 0;
-    std::wstring selected_after_move, selected_after_edit;
     std::vector<std::wstring> by_name;
     RunPages({
         [&](ScriptedSheet& s) {
             CheckLayout(s.page(0));
-            s.Click(0, IDC_SENDER_ADD);
-        },
-        [&](ScriptedSheet& s) {
-            EXPECT_EQ(3, Rows(s, 0));
-            s.Click(0, IDC_SENDER_ADD);
-            rows_after_move = Rows(s, 0);
-            selected_after_move = Selected(s);
-            s.Click(0, IDC_SENDER_ADD);
-        },
-        [](ScriptedSheet& s) { Key(s, 0, VK_RETURN); },
-        [&](ScriptedSheet& s) {
+            for (int add = 0; add < 3; ++add)
+                s.Click(0, IDC_SENDER_ADD);
+            Key(s, 0, VK_RETURN);
             Key(s, -1, VK_RETURN);
-            selected_after_edit = Selected(s);
-        },
-        [](ScriptedSheet& s) { Key(s, -1, VK_DELETE); },
-        [](ScriptedSheet& s) {
-            EXPECT_EQ(4, Rows(s, 0));
+            Key(s, -1, VK_DELETE);
             Key(s, 0, VK_DELETE);  // b@x.com, the first row
-            EXPECT_EQ(3, Rows(s, 0));
-        },
-        [](ScriptedSheet& s) { Key(s, -1, VK_INSERT); },
-        [&](ScriptedSheet& s) {  // a click on the name column's header sorts by name
+            Key(s, -1, VK_INSERT);
+            // A click on the name column's header sorts by name.
             NMLISTVIEW click{{List(s, 0), IDC_SENDER_LIST, LVN_COLUMNCLICK}, -1, 1};
             ::SendMessageW(s.page(0), WM_NOTIFY, IDC_SENDER_LIST, reinterpret_cast<LPARAM>(&click));
             for (int row = 0; row < Rows(s, 0); ++row) {
@@ -221,13 +200,9 @@ TEST_F(SenderPagesTest, EditsAskAboutTheOtherListAndRefuseWhatCannotBeKept) {
                 ListView_GetItemText(List(s, 0), row, 0, text, 300);
                 by_name.push_back(text);
             }
-        },
-        [&](ScriptedSheet& s) {
             s.Show(1);
             CheckLayout(s.page(1));
             s.Click(1, IDC_SENDER_ADD);
-        },
-        [&](ScriptedSheet& s) {
             for (int i = 0;
                  AddSender(world_.blocked, (L"s" + std::to_wstring(i) + L"@f.com").c_str(), L"") ==
                  kSenderAdded;
@@ -238,13 +213,10 @@ TEST_F(SenderPagesTest, EditsAskAboutTheOtherListAndRefuseWhatCannotBeKept) {
         },
     });
 
-    EXPECT_EQ(4, rows_after_move);
     // Names ignore the case of A-Z, ties go by address, no name goes last.
     EXPECT_EQ((std::vector<std::wstring>{L"c@x.com", L"*@Ex.com", L"SPAM@x.com", L"z@x.com"}),
               by_name);
-    EXPECT_EQ(L"SPAM@x.com", selected_after_move);
-    EXPECT_EQ(L"c@x.com", selected_after_edit);
-    EXPECT_EQ((std::vector<bool>{false, false}), ok_while_blank);
+    EXPECT_EQ(std::vector<bool>{false}, ok_while_blank);  // blanks are no address
     EXPECT_EQ(std::vector<bool>(4, true), ok_when_typed);
     EXPECT_EQ((std::vector<std::pair<bool, int>>{
                   {false, IDC_EDIT_ADDRESS}, {false, IDC_EDIT_ADDRESS}, {false, IDC_EDIT_NAME}}),
@@ -260,17 +232,15 @@ TEST_F(SenderPagesTest, EditsAskAboutTheOtherListAndRefuseWhatCannotBeKept) {
     ASSERT_EQ(12u, driver_.boxes.size());
     EXPECT_NE(std::wstring::npos, driver_.boxes[11].text.find(L"at most 8000 senders"));
     driver_.boxes.pop_back();
-    ExpectBoxes({{L"IDS_APPROVELISTCONLICT_MSG", L"IDS_CONFIRMATION_CAPTION"},
-                 {L"IDS_APPROVELISTCONLICT_MSG", nullptr},
-                 {L"IDS_LISTEXISTED_MSG", L"IDS_WARNING_CAPTION"},
-                 {L"IDS_LISTEXISTED_MSG", nullptr},
-                 {L"IDS_APPROVELISTCONLICT_MSG", nullptr},
-                 {L"IDS_REMOVEADDR_MSG", L"IDS_CONFIRMATION_CAPTION"},
-                 {L"IDS_REMOVEADDR_MSG", nullptr},
-                 {L"IDS_TEXT_TOO_LONG_MSG", L"IDS_CONFIRMATION_CAPTION"},
-                 {L"IDS_WRONG_EMAILADDR_MSG", L"IDS_WARNING_CAPTION"},
-                 {L"IDS_TEXT_TOO_LONG_MSG", nullptr},
-                 {L"IDS_BLOCKLISTCONLICT_MSG", nullptr}});
+    ExpectBoxes({L"IDS_APPROVELISTCONLICT_MSG", L"IDS_APPROVELISTCONLICT_MSG",
+                 L"IDS_LISTEXISTED_MSG", L"IDS_LISTEXISTED_MSG", L"IDS_APPROVELISTCONLICT_MSG",
+                 L"IDS_REMOVEADDR_MSG", L"IDS_REMOVEADDR_MSG", L"IDS_TEXT_TOO_LONG_MSG",
+                 L"IDS_WRONG_EMAILADDR_MSG", L"IDS_TEXT_TOO_LONG_MSG", L"IDS_BLOCKLISTCONLICT_MSG"},
+                {{0, L"IDS_CONFIRMATION_CAPTION"},
+                 {2, L"IDS_WARNING_CAPTION"},
+                 {5, L"IDS_CONFIRMATION_CAPTION"},
+                 {7, L"IDS_CONFIRMATION_CAPTION"},
+                 {8, L"IDS_WARNING_CAPTION"}});
 }
 
 // The first OK saves both lists (blocked first), whichever changed, the
@@ -283,7 +253,11 @@ TEST_F(SenderPagesTest, OkSavesWhatChangedAndTellsTheScanningProcess) {
         "<BL_REC><SN_ATTR><\\SN_ATTR><SA_ATTR>bad@x.com<\\SA_ATTR><\\BL_REC>\r\n"
         "<BL_REC><SN_ATTR><\\SN_ATTR><SA_ATTR>moved@x.com<\\SA_ATTR><\\BL_REC>\r\n";
     world_.WriteUserFile(L"BlackList.dat", blocked_bytes);
-    world_.WriteUserFile(L"BlockEncodings.dat", kBanner + "3\r\nGreek\t1\r\n");
+    // The languages file of another version: the page offers only its own
+    // entries, with its own code pages.
+    const std::string languages_bytes =
+        kBanner + "3\r\nGreek\t1\t1\r\nKlingon\t1\t9\r\nThai\t0\r\n";
+    world_.WriteUserFile(L"BlockEncodings.dat", languages_bytes);
     // Longer than the list saved at last, so a write in place must cut it.
     world_.WriteUserFile(
         L"WhiteList.dat",
@@ -293,11 +267,10 @@ TEST_F(SenderPagesTest, OkSavesWhatChangedAndTellsTheScanningProcess) {
             std::string(500, 'x') + "\r\n");
     LoadSenders(world_.approved, white);
     LoadSenders(world_.blocked, world_.ListPath(SenderListKind::kBlocked));
-    const std::string approved_bytes = world_.UserFile(L"WhiteList.dat");
     world_.StartScanner();
 
-    // Nothing changed: nothing written, nothing posted; a broken languages
-    // file shows the defaults.
+    // Nothing changed: nothing written (both lists are saved together),
+    // nothing posted.
     std::vector<bool> checked;
     auto languages = [&](ScriptedSheet& s) {
         s.Show(2);
@@ -308,25 +281,24 @@ TEST_F(SenderPagesTest, OkSavesWhatChangedAndTellsTheScanningProcess) {
             checked.push_back(ListView_GetCheckState(list, i) != 0);
     };
     RunPages({languages, [](ScriptedSheet& s) { s.Press(PSBTN_OK); }}, true);
-    EXPECT_EQ(std::vector<bool>(DefaultBlockedEncodings().size(), false), checked);
+    std::vector<bool> greek;
+    for (const BlockedEncoding& e : DefaultBlockedEncodings())
+        greek.push_back(e.key == "Greek");
+    EXPECT_EQ(greek, checked);
     EXPECT_EQ(L"1", world_.UserValue(L"AutoApprove"));
-    EXPECT_EQ(approved_bytes, world_.UserFile(L"WhiteList.dat"));
     EXPECT_EQ(blocked_bytes, world_.UserFile(L"BlackList.dat"));
-    EXPECT_EQ(kBanner + "3\r\nGreek\t1\r\n", world_.UserFile(L"BlockEncodings.dat"));
-    EXPECT_NE(std::string::npos,
-              world_.Log().find("the count does not match the entries; nothing is blocked"));
+    EXPECT_EQ(languages_bytes, world_.UserFile(L"BlockEncodings.dat"));
+    EXPECT_NE(std::string::npos, world_.Log().find("entry Klingon is not offered here"));
 
     // The installer's handed-over senders are approved, up to the malformed entry.
     world_.SetInstallValue(L"ApproveMailList", L"Ann, ann@x.com;moved@x.com;Bad,;later@x.com");
     driver_.Answer(IDOK);
     driver_.FillSender(L"New@x.com", L"Nina");
     driver_.Answer(IDOK);
-    int rows = 0;
     bool open_after_failure = false;
     win32::unique_file held;
     RunPages({[&](ScriptedSheet& s) {
                   testing::WaitFor([&] { return !driver_.boxes.empty(); });
-                  rows = Rows(s, 0);
                   s.Click(0, IDC_SENDER_ADD);
                   ::CheckDlgButton(s.page(0), IDC_AUTO_APPROVE, BST_UNCHECKED);
                   languages(s);
@@ -346,7 +318,6 @@ TEST_F(SenderPagesTest, OkSavesWhatChangedAndTellsTheScanningProcess) {
                   s.Press(PSBTN_OK);
               }},
              true);
-    EXPECT_EQ(2, rows);
     EXPECT_TRUE(open_after_failure);
     ASSERT_EQ(2u, driver_.boxes.size());
     EXPECT_EQ(L"Format Error!", driver_.boxes[0].caption);
@@ -363,14 +334,12 @@ TEST_F(SenderPagesTest, OkSavesWhatChangedAndTellsTheScanningProcess) {
     ASSERT_TRUE(::ReadFile(held.get(), seen, sizeof seen, &got, nullptr));
     EXPECT_EQ(world_.UserFile(L"WhiteList.dat"),
               std::string(seen, got));  // whole, cut to its length
-    EXPECT_NE(std::string::npos, world_.Log().find("; written in place"));
     SenderList saved(SenderListKind::kApproved);
     LoadSenders(saved, white);
     EXPECT_EQ(3u, saved.Count());
     EXPECT_TRUE(IsSameSender(saved, L"ann@x.com", L"Already"));
     EXPECT_TRUE(IsSameSender(saved, L"new@x.com", L"Nina"));
     EXPECT_TRUE(SenderExists(saved, L"moved@x.com"));
-    EXPECT_FALSE(world_.approved.Modified());
     // Support reads in the log what the installer handed over, line by line.
     const std::string log = world_.Log();
     std::size_t at = 0;
@@ -402,11 +371,10 @@ TEST_F(SenderPagesTest, OkSavesWhatChangedAndTellsTheScanningProcess) {
 // The import tool edits the files while the page stays usable; what the
 // user changed meanwhile is kept beside the imported contacts.
 TEST_F(SenderPagesTest, ContactImportRunsTheToolAndMergesItsContacts) {
-    const std::wstring contacts = world_.dir.path() + L"contacts.txt";
-    const std::wstring imports = world_.dir.path() + L"importer.txt";
     world_.dir.WriteFile(L"contacts.txt", "Carla\tcarla@x.com\r\nDan\tdan@x.com\r\n");
-    ::SetEnvironmentVariableW(L"VELK_IMPORTER_CONTACTS", contacts.c_str());
-    ::SetEnvironmentVariableW(L"VELK_IMPORTER_LOG", imports.c_str());
+    ::SetEnvironmentVariableW(L"VELK_IMPORTER_CONTACTS",
+                              (world_.dir.path() + L"contacts.txt").c_str());
+    ::SetEnvironmentVariableW(L"VELK_IMPORTER_LOG", (world_.dir.path() + L"importer.txt").c_str());
     ::SetEnvironmentVariableW(L"VELK_IMPORTER_HOLD", L"velk_pages_import_hold");
     win32::unique_handle hold(::CreateEventW(nullptr, TRUE, FALSE, L"velk_pages_import_hold"));
     AddSender(world_.blocked, L"dan@x.com", L"");
@@ -462,10 +430,9 @@ TEST_F(SenderPagesTest, ContactImportRunsTheToolAndMergesItsContacts) {
     const std::size_t starts = log.find("@@@ Import contact items thread starts");
     EXPECT_NE(std::string::npos, log.find("@@@ Import contact items thread ends", starts)) << log;
     EXPECT_NE(std::string::npos, log.find("xxx Can not launch VELK_OEImp")) << log;
-    ExpectBoxes({{L"IDS_REMOVEADDR_MSG", nullptr},
-                 {L"IDS_MSG_APPLYFIRST", L"IDS_CAP_CONFIMATION"},
-                 {L"IDS_IMPORT_RUNNING_MSG", nullptr},
-                 {L"IDS_MSG_APPLYFIRST", nullptr}});
+    ExpectBoxes({L"IDS_REMOVEADDR_MSG", L"IDS_MSG_APPLYFIRST", L"IDS_IMPORT_RUNNING_MSG",
+                 L"IDS_MSG_APPLYFIRST"},
+                {{1, L"IDS_CAP_CONFIMATION"}, {2, L"IDS_WARNING_CAPTION"}});
 }
 
 }  // namespace

@@ -161,7 +161,6 @@ PageWorld::PageWorld() : strings_(SourceTreeStrings()) {
     dir.MakeFolder(std::wstring(kUserFolder) + L"log");
     ui.where.install_dir = dir.path() + L"bin\\";
     ui.where.install_ini = ui.where.install_dir + L"VELK_OE.ini";
-    ui.where.data_dir = dir.path();
     ui.where.user_dir = dir.path() + kUserFolder;
     ui.where.user_ini = ui.where.user_dir + L"VELK_OE.ini";
     ::CopyFileW(VELK_IMPORTER_STUB_EXE, (ui.where.install_dir + L"VELK_OEImp.exe").c_str(), FALSE);
@@ -179,35 +178,19 @@ PageWorld::~PageWorld() {
     StopScanner();
 }
 
-std::wstring PageWorld::UserValue(const wchar_t* key) const {
-    wchar_t value[256] = L"";
-    ::GetPrivateProfileStringW(L"General", key, L"<none>", value, 256, ui.where.user_ini.c_str());
-    return value;
-}
-
 std::string PageWorld::Log() const {
     // The log adds the date to its name.
     std::ifstream in(std::filesystem::path(log::CurrentPath()), std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-std::wstring PageWorld::ListPath(SenderListKind kind) const {
-    return SenderListPathW(ui.where.user_dir, kind);
-}
-
 void PageWorld::StartScanner() {
-    SECURITY_ATTRIBUTES sa{sizeof(sa), nullptr, TRUE};
-    nul_.reset(::CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
-                             FILE_SHARE_READ | FILE_SHARE_WRITE, &sa, OPEN_EXISTING, 0, nullptr));
     std::wstring cmd = std::wstring(L"\"") + VELK_SCANNER_STUB_EXE + L"\" listen --log \"" +
                        dir.path() + L"scanner.txt\"";
-    STARTUPINFOW si{};
-    si.cb = sizeof(si);
-    si.dwFlags = STARTF_USESTDHANDLES;
-    si.hStdInput = si.hStdOutput = si.hStdError = nul_.get();
+    STARTUPINFOW si{sizeof(si)};
     PROCESS_INFORMATION pi{};
-    ASSERT_TRUE(
-        ::CreateProcessW(nullptr, &cmd[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &si, &pi));
+    ASSERT_TRUE(::CreateProcessW(nullptr, &cmd[0], nullptr, nullptr, FALSE, DETACHED_PROCESS,
+                                 nullptr, nullptr, &si, &pi));
     ::CloseHandle(pi.hThread);
     scanner_.reset(pi.hProcess);
     ASSERT_TRUE(WaitFor([] { return win32::companion::FindWindow() != nullptr; }));

@@ -19,6 +19,7 @@
 #include "common_src/win32/property_sheet.h"
 #include "common_src/win32/ui_context.h"
 #include "senders/sender_list.h"
+#include "senders/sender_list_wide.h"
 
 namespace velk::senders::testing {
 
@@ -100,8 +101,15 @@ public:
     void SetInstallValue(const wchar_t* key, const std::wstring& value) {
         ::WritePrivateProfileStringW(L"General", key, value.c_str(), ui.where.install_ini.c_str());
     }
-    std::wstring UserValue(const wchar_t* key) const;
-    std::wstring ListPath(SenderListKind kind) const;
+    std::wstring UserValue(const wchar_t* key) const {
+        wchar_t value[256] = L"";
+        ::GetPrivateProfileStringW(L"General", key, L"<none>", value, 256,
+                                   ui.where.user_ini.c_str());
+        return value;
+    }
+    std::wstring ListPath(SenderListKind kind) const {
+        return SenderListPathW(ui.where.user_dir, kind);
+    }
     std::string UserFile(const wchar_t* name) const {
         return dir.ReadFile(kUserFolder + std::wstring(name));
     }
@@ -124,7 +132,6 @@ private:
     QzResourceStringLoader strings_;
     win32::unique_hmodule module_;
     win32::unique_handle scanner_;
-    win32::unique_handle nul_;
 };
 
 }  // namespace velk::senders::testing
