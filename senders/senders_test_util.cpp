@@ -1,35 +1,11 @@
 #include "senders/senders_test_util.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
-
 #include "senders/sender_text.h"
 
 namespace velk::senders::testing {
 
 std::u16string Folder(const TempFolder& dir) {
     return ToU16(dir.path());
-}
-
-std::string ReadFileBytes(const std::u16string& path) {
-    std::ifstream in(std::filesystem::path(path), std::ios::binary);
-    if (!in)
-        throw std::runtime_error("cannot read a test file");
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void WriteFileBytes(const std::u16string& path, const std::string& bytes) {
-    std::ofstream out(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!out)
-        throw std::runtime_error("cannot write a test file");
-}
-
-bool FileExists(const std::u16string& path) {
-    std::error_code ignored;
-    return std::filesystem::exists(std::filesystem::path(path), ignored);
 }
 
 std::u16string SampleAddress(std::uint32_t index) {

@@ -17,11 +17,6 @@ using QzCommon::testing_util::TempFolder;
 // The folder with its trailing separator, as the list folder is given.
 std::u16string Folder(const TempFolder& dir);
 
-// Whole files by the lists' own path type.
-std::string ReadFileBytes(const std::u16string& path);
-void WriteFileBytes(const std::u16string& path, const std::string& bytes);
-bool FileExists(const std::u16string& path);
-
 // A sender-ish address of `index`, unique per index, with some upper case.
 std::u16string SampleAddress(std::uint32_t index);
 // A display name: Latin, accented Latin, CJK or an astral character mixed in.

@@ -9,60 +9,48 @@
 
 #include <deque>
 #include <functional>
-#include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "common_src/QzCommon/QzComn_test_util.h"
 #include "common_src/win32/QzResourceStringLoader.h"
 #include "common_src/win32/handles.h"
 #include "common_src/win32/property_sheet.h"
 #include "common_src/win32/ui_context.h"
 #include "senders/sender_list.h"
+#include "senders/sender_list_wide.h"
 
 namespace velk::senders::testing {
 
-std::string ReadBytes(const std::wstring& path);
-void WriteBytes(const std::wstring& path, const std::string& bytes);
-// Dispatches this thread's messages for `ms`.
-void PumpFor(DWORD ms);
-// Polls `done` while pumping, for at most `ms`.
-bool WaitFor(const std::function<bool()>& done, DWORD ms = 10000);
+// Polls `done` while dispatching this thread's messages, for at most 10 s.
+bool WaitFor(const std::function<bool()>& done);
 
 // Answers the dialogs and message boxes this thread opens, in order: each
-// top-level dialog that becomes active goes to the next handler that takes
-// it. The sheet itself is left alone.
+// top-level dialog that becomes active goes to the next handler if it takes
+// it (`again`: the dialog was active before and came back after a box of its
+// own closed). The sheet itself is left alone; a dialog nobody takes fails
+// the test and is cancelled.
 class DialogDriver {
 public:
     struct Box {
         std::wstring caption;
         std::wstring text;
     };
+    using Handler = std::function<bool(HWND dialog, bool again)>;
 
     DialogDriver();
     ~DialogDriver();
-    DialogDriver(const DialogDriver&) = delete;
-    DialogDriver& operator=(const DialogDriver&) = delete;
-
-    // A handler answers true when it took the dialog (`again` tells a dialog
-    // that was active before, coming back after a box of its own closed).
-    using Handler = std::function<bool(HWND dialog, bool again)>;
-    void Then(Handler handler);
-
+    void Then(Handler handler) { handlers_.push_back(std::move(handler)); }
     // The next new message box: noted, then answered with `button`.
     void Answer(int button);
     // The next new sender edit dialog: both texts typed in, then `button`.
     void FillSender(const std::wstring& address, const std::wstring& name, int button = IDOK);
-
-    // Runs `fn` from the message loop shortly (the modal loop of whatever
-    // dialog is open then).
+    // Runs `fn` shortly from the message loop (of whatever dialog is open then).
     static void Later(std::function<void()> fn);
-
-    std::vector<Box> boxes;       // every message box answered, in order
-    int unhandled = 0;            // dialogs no handler took: cancelled
     bool Done() const { return handlers_.empty(); }
 
-    static Box Describe(HWND box);
+    std::vector<Box> boxes;  // every message box answered, in order
 
 private:
     static LRESULT CALLBACK Hook(int code, WPARAM wp, LPARAM lp);
@@ -81,13 +69,15 @@ public:
     std::vector<std::function<void(ScriptedSheet&)>> steps;
 
     // PSBTN_OK or PSBTN_CANCEL, as the user's click.
-    void Press(int button);
-    // Makes page `index` the active one.
-    void Show(int index);
-    HWND page(int index) const;
-    // A button of the active page, clicked.
-    void Click(int index, int control);
-    INT_PTR Run();
+    void Press(int button) { ::SendMessageW(hwnd(), PSM_PRESSBUTTON, button, 0); }
+    void Show(int index) { ::SendMessageW(hwnd(), PSM_SETCURSEL, index, 0); }
+    HWND page(int index) const { return pages()[index]->hwnd(); }
+    // A button of page `index`, clicked.
+    void Click(int index, int control) {
+        ::SendMessageW(page(index), WM_COMMAND, MAKEWPARAM(control, BN_CLICKED),
+                       reinterpret_cast<LPARAM>(::GetDlgItem(page(index), control)));
+    }
+    INT_PTR Run() { return DoModal(nullptr, L"Sheet", PSH_NOAPPLYNOW); }
 
 protected:
     void OnInitialized() override;
@@ -97,37 +87,51 @@ private:
     std::size_t next_ = 0;
 };
 
-// The folders, files and texts of one test.
+// The folders, files and texts of one test, in a temporary folder: "bin\"
+// is the installation, kUserFolder the user's folder (named as users name
+// their profiles, outside ASCII).
 class PageWorld {
 public:
+    static constexpr const wchar_t* kUserFolder = L"J\u00F6rg \u5C71\u7530\\";
+
     PageWorld();
     ~PageWorld();
 
     // [General] `key` of the installation's settings file.
-    void SetInstallValue(const wchar_t* key, const std::wstring& value);
-    std::wstring UserValue(const wchar_t* key) const;
-    std::wstring ListPath(SenderListKind kind) const;
-    void LoadLists();
-
+    void SetInstallValue(const wchar_t* key, const std::wstring& value) {
+        ::WritePrivateProfileStringW(L"General", key, value.c_str(), ui.where.install_ini.c_str());
+    }
+    std::wstring UserValue(const wchar_t* key) const {
+        wchar_t value[256] = L"";
+        ::GetPrivateProfileStringW(L"General", key, L"<none>", value, 256,
+                                   ui.where.user_ini.c_str());
+        return value;
+    }
+    std::wstring ListPath(SenderListKind kind) const {
+        return SenderListPathW(ui.where.user_dir, kind);
+    }
+    std::string UserFile(const wchar_t* name) const {
+        return dir.ReadFile(kUserFolder + std::wstring(name));
+    }
+    void WriteUserFile(const wchar_t* name, const std::string& bytes) const {
+        dir.WriteFile(kUserFolder + std::wstring(name), bytes);
+    }
     // The diagnostic log of the run so far.
     std::string Log() const;
-
-    // The scanning process's stand-in, recording what it is posted.
+    // The scanning process's stand-in, recording what it is posted; Stop
+    // answers its record once it has taken every message posted so far.
     void StartScanner();
-    // Its record after it has taken every message posted so far.
     std::string StopScanner();
 
+    QzCommon::testing_util::TempFolder dir;
     win32::UiContext ui;
     SenderList approved{SenderListKind::kApproved};
     SenderList blocked{SenderListKind::kBlocked};
-    std::wstring root;
 
 private:
     QzResourceStringLoader strings_;
     win32::unique_hmodule module_;
     win32::unique_handle scanner_;
-    win32::unique_handle nul_;
-    std::wstring heard_;
 };
 
 }  // namespace velk::senders::testing
