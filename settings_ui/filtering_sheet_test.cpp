@@ -1,15 +1,18 @@
 // The filtering settings sheet as the user and the scanning process meet
-// it: the language module's templates, the settings file, the stand-in's
-// record of what was posted to it.
+// it: the language module's templates, the settings file's bytes, the
+// stand-in's record of what was posted and sent to it.
 #include "settings_ui/filtering_sheet.h"
 
 #include <gtest/gtest.h>
 
 #include <commctrl.h>
 
+#include <algorithm>
+
 #include "common_src/win32/companion.h"
 #include "host/log_capture_for_test.h"
 #include "host/window_identifiers.h"
+#include "settings_ui/dialog_ids.h"
 #include "settings_ui/sheet_ids.h"
 #include "settings_ui/sheet_test_world.h"
 
@@ -21,14 +24,21 @@ using test::FindDialog;
 using test::Script;
 using test::SheetWorld;
 
-const std::vector<std::string> kDetectionPosted = {"posted WM_USER+12 wParam=0x0 lParam=0x0"};
-const std::vector<std::string> kLinkFilterPosted = {"posted WM_USER+13 wParam=0x0 lParam=0x0"};
+constexpr int kAdvancedTab = 5;
 
 class FilteringSheetTest : public ::testing::Test {
 protected:
     HWND Sheet() { return FindDialog(world_.SheetCaption()); }
     HWND Item(int id) { return FindDescendant(Sheet(), id); }
+    // A control of the page the sheet shows now.
+    HWND Shown(int id) {
+        return FindDescendant(
+            reinterpret_cast<HWND>(::SendMessageW(Sheet(), PSM_GETCURRENTPAGEHWND, 0, 0)), id);
+    }
+    void ShowTab(int tab) { ::SendMessageW(Sheet(), PSM_SETCURSEL, tab, 0); }
     int Pos(HWND slider) { return static_cast<int>(::SendMessageW(slider, TBM_GETPOS, 0, 0)); }
+    bool Checked(HWND button) { return ::SendMessageW(button, BM_GETCHECK, 0, 0) == BST_CHECKED; }
+    void Click(HWND button) { ::SendMessageW(button, BM_CLICK, 0, 0); }
     // The panel holding control `id` is the one its page shows.
     bool PanelShown(int id) {
         return (::GetWindowLongW(::GetParent(Item(id)), GWL_STYLE) & WS_VISIBLE) != 0;
@@ -44,11 +54,8 @@ protected:
     Script::Step SheetUp() {
         return [this] { return Sheet() != nullptr; };
     }
-    Script::Step DialogUp(const wchar_t* key) {
-        return [this, key] { return FindDialog(world_.ui().Text(key)) != nullptr; };
-    }
-    Script::Step DialogGone(const wchar_t* key) {
-        return [this, key] { return FindDialog(world_.ui().Text(key)) == nullptr; };
+    Script::Step DialogUp(const wchar_t* key, bool up = true) {
+        return [this, key, up] { return (FindDialog(world_.ui().Text(key)) != nullptr) == up; };
     }
     bool RunSheet(Script& script) {
         return script.Run([this] { ShowFilteringSheet(world_.ui()); });
@@ -64,7 +71,7 @@ RECT ChildRect(HWND parent, HWND child) {
     return r;
 }
 
-TEST_F(FilteringSheetTest, MarkerLivesWithTheSheetAndTheGuardHoldsOkCancelAndClose) {
+TEST_F(FilteringSheetTest, GuardMarkerLayoutAndDeleteNowWhichIsPostedEvenOnCancel) {
     auto settings_window = [] {
         return win32::unique_hwnd(::CreateWindowExW(0, L"Static", host::kSettingsSheetWindowTitle,
                                                     WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
@@ -76,6 +83,8 @@ TEST_F(FilteringSheetTest, MarkerLivesWithTheSheetAndTheGuardHoldsOkCancelAndClo
     EXPECT_EQ(nullptr, Sheet());
     guard.reset();
     EXPECT_FALSE(win32::companion::FilteringSheetOpen());
+    world_.SetUser(L"General", L"PurgeDays", L"30d");
+    const std::string before = world_.ReadUserIni();
 
     bool marker_while_open = false;
     Script script;
@@ -93,37 +102,41 @@ TEST_F(FilteringSheetTest, MarkerLivesWithTheSheetAndTheGuardHoldsOkCancelAndClo
             HWND sheet = Sheet();
             ASSERT_NE(nullptr, sheet) << "the guard let the sheet close";
             EXPECT_FALSE(::IsWindowVisible(::GetDlgItem(sheet, 12321))) << "Apply is never shown";
-            RECT client{};
-            ::GetClientRect(sheet, &client);
+            // Help at the left; OK, then Cancel at the right; the taller tabs
+            // still leave the whole page below them.
             const RECT help = ChildRect(sheet, ::GetDlgItem(sheet, IDHELP));
             const RECT ok = ChildRect(sheet, ::GetDlgItem(sheet, IDOK));
             const RECT cancel = ChildRect(sheet, ::GetDlgItem(sheet, IDCANCEL));
-            EXPECT_EQ(6, help.left);
-            EXPECT_EQ(client.right - 6, cancel.right);
-            EXPECT_EQ(cancel.left - 6, ok.right);
-            EXPECT_TRUE(help.top == ok.top && ok.top == cancel.top);
-            // The taller tabs still leave the whole page below them.
+            EXPECT_TRUE(help.right < ok.left && ok.right < cancel.left && help.top == cancel.top);
             HWND tab = reinterpret_cast<HWND>(::SendMessageW(sheet, PSM_GETTABCONTROL, 0, 0));
-            HWND page = reinterpret_cast<HWND>(::SendMessageW(sheet, PSM_GETCURRENTPAGEHWND, 0, 0));
+            const RECT page = ChildRect(
+                sheet, reinterpret_cast<HWND>(::SendMessageW(sheet, PSM_GETCURRENTPAGEHWND, 0, 0)));
             RECT item{};
             ::SendMessageW(tab, TCM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&item));
             ::MapWindowPoints(tab, sheet, reinterpret_cast<POINT*>(&item), 2);
-            EXPECT_EQ(22, item.bottom - item.top);
-            EXPECT_GE(ChildRect(sheet, page).top, item.bottom);
-            EXPECT_LE(ChildRect(sheet, page).bottom, ChildRect(sheet, tab).bottom);
+            EXPECT_TRUE(page.top >= item.bottom && page.bottom <= ChildRect(sheet, tab).bottom);
             EXPECT_LT(ChildRect(sheet, tab).bottom, ok.top);
+            ShowTab(kAdvancedTab);
+        })
+        .Then([&] { return Shown(IDC_ADV_DELETE_NOW) != nullptr; })
+        .Do([&] {
+            Click(Shown(IDC_ADV_DELETE_DELETED));
+            Click(Shown(IDC_ADV_DELETE_NOW));
             guard.reset();
-            Press(sheet, IDCANCEL);
+            Press(Sheet(), IDCANCEL);
         });
     ASSERT_TRUE(RunSheet(script));
     EXPECT_TRUE(marker_while_open);
     EXPECT_FALSE(win32::companion::FilteringSheetOpen());
-    EXPECT_TRUE(world_.HeardSinceLastAsk().empty());
+    EXPECT_EQ(std::vector<std::string>{"posted WM_USER+11 wParam=0x0 lParam=0x0"},
+              world_.HeardSinceLastAsk());
+    EXPECT_EQ(before, world_.ReadUserIni());
 }
 
-TEST_F(FilteringSheetTest, OkWithoutChangesWritesNothingAndPostsNothing) {
+TEST_F(FilteringSheetTest, StoredValuesShowWithTheirFallbacksAndOkWithoutChangesWritesNothing) {
     world_.WriteUserIni(
         "[General]\r\nGlobalLevel=2\r\nProtectLevel=5\r\nEnableInTheCloud=abc\r\n"
+        "NotifyIcon=yes\r\nDeleteDeleted=yes\r\nAutoMoved=yes\r\nPurgeDays=400\r\n"
         "[LinkFilter]\r\nTrustedDomains=b.example;a.example;not a domain\r\n");
     const std::string before = world_.ReadUserIni();
     Script script;
@@ -131,14 +144,22 @@ TEST_F(FilteringSheetTest, OkWithoutChangesWritesNothingAndPostsNothing) {
         .Do([&] {
             // GlobalLevel 2 is the default mode; ProtectLevel 5 reads as Medium.
             EXPECT_TRUE(PanelShown(IDC_DEFAULT_SLIDER));
-            EXPECT_FALSE(PanelShown(IDC_CUSTOM_CHANGE));
             EXPECT_EQ(1, Pos(Item(IDC_DEFAULT_SLIDER)));
-            EXPECT_EQ(BST_CHECKED, ::SendMessageW(Item(IDC_DEFAULT_CLOUD), BM_GETCHECK, 0, 0));
-            ::SendMessageW(Sheet(), PSM_SETCURSEL, 1, 0);  // both pages shown, so both asked
+            ShowTab(1);  // every page shown, so every page is asked
         })
         .Then([&] { return Item(IDC_LINK_LIST) != nullptr; })
         .Do([&] {
             EXPECT_EQ(2, ::SendMessageW(Item(IDC_LINK_LIST), LB_GETCOUNT, 0, 0));
+            ShowTab(kAdvancedTab);
+        })
+        .Then([&] { return Shown(IDC_ADV_PURGE_DAYS) != nullptr; })
+        .Do([&] {
+            // Deliberately asymmetric: an odd value turns the first two on, the third off.
+            EXPECT_TRUE(Checked(Shown(IDC_ADV_NOTIFY_ICON)));
+            EXPECT_TRUE(Checked(Shown(IDC_ADV_DELETE_DELETED)));
+            EXPECT_FALSE(Checked(Shown(IDC_ADV_AUTO_MOVED)));
+            EXPECT_EQ(L"20", test::TextOf(Shown(IDC_ADV_PURGE_DAYS)));
+            EXPECT_FALSE(::IsWindowEnabled(Shown(IDC_ADV_PURGE_DAYS)));
             Press(Sheet(), IDOK);
         });
     ASSERT_TRUE(RunSheet(script));
@@ -146,50 +167,9 @@ TEST_F(FilteringSheetTest, OkWithoutChangesWritesNothingAndPostsNothing) {
     EXPECT_TRUE(world_.HeardSinceLastAsk().empty());
 }
 
-TEST_F(FilteringSheetTest, SliderMovedByKeyOrMouseWritesEveryDetectionKeyAndPostsOnce) {
-    // Quoted, so the blanks reach the page (the profile API trims bare ones).
-    world_.WriteUserIni("[General]\r\nGlobalLevel=\r\nProtectLevel=\" 3 \"\r\n");
-    Script by_key;
-    by_key.Then(SheetUp()).Do([&] {
-        EXPECT_TRUE(PanelShown(IDC_DEFAULT_SLIDER)) << "an empty GlobalLevel is the default mode";
-        HWND slider = Item(IDC_DEFAULT_SLIDER);
-        EXPECT_EQ(0, Pos(slider));
-        Key(slider, VK_DOWN);
-    });
-    by_key.Then([&] { return Pos(Item(IDC_DEFAULT_SLIDER)) == 1; }).Do([&] {
-        Press(Sheet(), IDOK);
-    });
-    ASSERT_TRUE(RunSheet(by_key));
-    EXPECT_EQ(kDetectionPosted, world_.HeardSinceLastAsk());
-    EXPECT_EQ(L"1", world_.UserValue(L"General", L"GlobalLevel"));
-    EXPECT_EQ(L"2", world_.UserValue(L"General", L"ProtectLevel"));
-    for (const wchar_t* key : {L"SexualLevel", L"CommercialLevel", L"FinancialLevel",
-                               L"HealthLevel", L"OtherLevel", L"RacialLevel", L"SpiritualLevel"})
-        EXPECT_EQ(L"2", world_.UserValue(L"General", key)) << key;
-    EXPECT_EQ(L"1", world_.UserValue(L"General", L"EnableInTheCloud"));
-
-    Script by_mouse;
-    by_mouse.Then(SheetUp()).Do([&] {
-        HWND slider = Item(IDC_DEFAULT_SLIDER);
-        RECT client{};
-        ::GetClientRect(slider, &client);
-        ::PostMessageW(slider, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, client.bottom - 2));
-        ::PostMessageW(slider, WM_LBUTTONUP, 0, MAKELPARAM(5, client.bottom - 2));
-        ::SendMessageW(Item(IDC_DEFAULT_CLOUD), BM_CLICK, 0, 0);
-    });
-    by_mouse.Then([&] { return Pos(Item(IDC_DEFAULT_SLIDER)) == 2; }).Do([&] {
-        Press(Sheet(), IDOK);
-    });
-    ASSERT_TRUE(RunSheet(by_mouse));
-    EXPECT_EQ(kDetectionPosted, world_.HeardSinceLastAsk());
-    EXPECT_EQ(L"1", world_.UserValue(L"General", L"ProtectLevel"));
-    EXPECT_EQ(L"0", world_.UserValue(L"General", L"EnableInTheCloud"));
-    EXPECT_EQ(L"<none>", world_.UserValue(L"Qzufe", L"SecurityLevel")) << "Serenel untouched";
-}
-
 TEST_F(FilteringSheetTest, CustomModeOnlyAfterTheCategoryDialogsOkAndSerenelSavesWithThePage) {
     HWND dialog = nullptr;
-    auto category = [&] { return dialog = FindDialog(world_.ui().Text(L"IDS_CATEGORY_CAPTION")); };
+    auto category = [&] { dialog = FindDialog(world_.ui().Text(L"IDS_CATEGORY_CAPTION")); };
     Script script;
     script.Then(SheetUp())
         .Do([&] { ::PostMessageW(Item(IDC_DEFAULT_CUSTOMIZE), BM_CLICK, 0, 0); })
@@ -199,7 +179,7 @@ TEST_F(FilteringSheetTest, CustomModeOnlyAfterTheCategoryDialogsOkAndSerenelSave
             Key(::GetDlgItem(dialog, IDC_CATEGORY_SLIDER_FIRST), VK_HOME);
             Press(dialog, IDCANCEL);
         })
-        .Then(DialogGone(L"IDS_CATEGORY_CAPTION"))
+        .Then(DialogUp(L"IDS_CATEGORY_CAPTION", false))
         .Do([&] {
             EXPECT_TRUE(PanelShown(IDC_DEFAULT_SLIDER)) << "Cancel keeps the default mode";
             EXPECT_FALSE(PanelShown(IDC_CUSTOM_CHANGE));
@@ -214,13 +194,12 @@ TEST_F(FilteringSheetTest, CustomModeOnlyAfterTheCategoryDialogsOkAndSerenelSave
         })
         .Then([&] { return Pos(::GetDlgItem(dialog, IDC_CATEGORY_SLIDER_FIRST)) == 0; })
         .Do([&] { Press(dialog, IDOK); })
-        .Then(DialogGone(L"IDS_CATEGORY_CAPTION"))
+        .Then(DialogUp(L"IDS_CATEGORY_CAPTION", false))
         .Do([&] {
             EXPECT_TRUE(PanelShown(IDC_CUSTOM_CHANGE));
             EXPECT_FALSE(PanelShown(IDC_DEFAULT_SLIDER));
-            wchar_t level[32] = L"";
-            ::GetWindowTextW(Item(IDC_CUSTOM_LEVEL_FIRST), level, 32);
-            EXPECT_EQ(world_.ui().Text(L"IDS_LEVEL_HIGH"), level);
+            EXPECT_EQ(world_.ui().Text(L"IDS_LEVEL_HIGH"),
+                      test::TextOf(Item(IDC_CUSTOM_LEVEL_FIRST)));
             ::PostMessageW(Item(IDC_CUSTOM_SERENEL), BM_CLICK, 0, 0);
         })
         .Then(DialogUp(L"IDS_SERENEL_CAPTION"))
@@ -228,26 +207,37 @@ TEST_F(FilteringSheetTest, CustomModeOnlyAfterTheCategoryDialogsOkAndSerenelSave
             dialog = FindDialog(world_.ui().Text(L"IDS_SERENEL_CAPTION"));
             HWND slider = ::GetDlgItem(dialog, IDC_SERENEL_SLIDER);
             EXPECT_FALSE(::IsWindowEnabled(slider)) << "off: no level to choose";
-            ::SendDlgItemMessageW(dialog, IDC_SERENEL_ENABLE, BM_CLICK, 0, 0);
+            Click(::GetDlgItem(dialog, IDC_SERENEL_ENABLE));
             Key(slider, VK_END);
         })
         .Then([&] { return Pos(::GetDlgItem(dialog, IDC_SERENEL_SLIDER)) == 2; })
         .Do([&] { Press(dialog, IDOK); })
-        .Then(DialogGone(L"IDS_SERENEL_CAPTION"))
+        .Then(DialogUp(L"IDS_SERENEL_CAPTION", false))
         .Do([&] { Press(Sheet(), IDOK); });
     ASSERT_TRUE(RunSheet(script));
-    EXPECT_EQ(kDetectionPosted, world_.HeardSinceLastAsk());
-    EXPECT_EQ(L"0", world_.UserValue(L"General", L"GlobalLevel"));
-    EXPECT_EQ(L"3", world_.UserValue(L"General", L"SexualLevel"));
-    EXPECT_EQ(L"2", world_.UserValue(L"General", L"CommercialLevel"));
-    EXPECT_EQ(L"1", world_.UserValue(L"Qzufe", L"EnableQzufe"));
-    EXPECT_EQ(L"1", world_.UserValue(L"Qzufe", L"SecurityLevel"));
+    EXPECT_EQ(std::vector<std::string>{"posted WM_USER+12 wParam=0x0 lParam=0x0"},
+              world_.HeardSinceLastAsk());
+    EXPECT_EQ(
+        "[General]\r\nGlobalLevel=0\r\nProtectLevel=2\r\nSexualLevel=3\r\nCommercialLevel=2\r\n"
+        "FinancialLevel=2\r\nHealthLevel=2\r\nOtherLevel=2\r\nRacialLevel=2\r\nSpiritualLevel=2\r\n"
+        "EnableInTheCloud=1\r\n[Qzufe]\r\nEnableQzufe=1\r\nSecurityLevel=1\r\n",
+        world_.ReadUserIni());
 }
 
-TEST_F(FilteringSheetTest, LinkFilterAddsADomainOnEnterSavesItsSectionAndPosts1037) {
+TEST_F(FilteringSheetTest, DefaultLevelLinkFilterAndAdvancedPagesSaveTheirKeysAndTellTheScanner) {
+    // Quoted, so the blanks reach the page (the profile API trims bare ones).
+    world_.WriteUserIni("[General]\r\nGlobalLevel=\r\nProtectLevel=\" 3 \"\r\n");
     Script script;
     script.Then(SheetUp())
-        .Do([&] { ::SendMessageW(Sheet(), PSM_SETCURSEL, 1, 0); })
+        .Do([&] {
+            EXPECT_TRUE(PanelShown(IDC_DEFAULT_SLIDER))
+                << "an empty GlobalLevel is the default mode";
+            EXPECT_EQ(0, Pos(Item(IDC_DEFAULT_SLIDER)));
+            Click(Item(IDC_DEFAULT_CLOUD));
+            Key(Item(IDC_DEFAULT_SLIDER), VK_DOWN);
+        })
+        .Then([&] { return Pos(Item(IDC_DEFAULT_SLIDER)) == 1; })
+        .Do([&] { ShowTab(1); })
         .Then([&] { return Item(IDC_LINK_DOMAIN_EDIT) != nullptr; })
         .Do([&] {
             HWND edit = Item(IDC_LINK_DOMAIN_EDIT);
@@ -257,63 +247,62 @@ TEST_F(FilteringSheetTest, LinkFilterAddsADomainOnEnterSavesItsSectionAndPosts10
         .Then([&] { return ::SendMessageW(Item(IDC_LINK_LIST), LB_GETCOUNT, 0, 0) == 1; })
         .Do([&] {
             EXPECT_EQ(0, ::GetWindowTextLengthW(Item(IDC_LINK_DOMAIN_EDIT)));
-            ::SendMessageW(Item(IDC_LINK_WARN_MISMATCH), BM_CLICK, 0, 0);
+            Click(Item(IDC_LINK_WARN_MISMATCH));
+            ShowTab(kAdvancedTab);
+        })
+        .Then([&] { return Shown(IDC_ADV_PURGE_DAYS) != nullptr; })
+        .Do([&] {
+            // The period can be edited exactly while its box is checked.
+            Click(Shown(IDC_ADV_AUTO_MOVED));
+            EXPECT_TRUE(::IsWindowEnabled(Shown(IDC_ADV_PURGE_DAYS)));
+            ::SetWindowTextW(Shown(IDC_ADV_PURGE_DAYS), L"45");
+            Click(Shown(IDC_ADV_NOTIFY_ICON));
             Press(Sheet(), IDOK);
         });
     ASSERT_TRUE(RunSheet(script));
-    EXPECT_EQ(kLinkFilterPosted, world_.HeardSinceLastAsk());
-    EXPECT_EQ(L"mail.example.com", world_.UserValue(L"LinkFilter", L"TrustedDomains"));
-    EXPECT_EQ(L"0", world_.UserValue(L"LinkFilter", L"WarnMismatchedLinks"));
-    EXPECT_EQ(L"1", world_.UserValue(L"LinkFilter", L"EnableLinkFilter"));
-    EXPECT_EQ(L"<none>", world_.UserValue(L"General", L"ProtectLevel")) << "page 1 unchanged";
+    // The icon's change is sent, the rest posted: their order is the stand-in's.
+    std::vector<std::string> heard = world_.HeardSinceLastAsk();
+    std::sort(heard.begin(), heard.end());
+    EXPECT_EQ((std::vector<std::string>{"posted WM_USER+12 wParam=0x0 lParam=0x0",
+                                        "posted WM_USER+13 wParam=0x0 lParam=0x0",
+                                        "sent WM_USER+20 wParam=0x0 lParam=0x0"}),
+              heard);
+    // What the scanning process reads, in the order it reads it.
+    EXPECT_EQ(
+        "[General]\r\nGlobalLevel=1\r\nProtectLevel=2\r\nSexualLevel=2\r\nCommercialLevel=2\r\n"
+        "FinancialLevel=2\r\nHealthLevel=2\r\nOtherLevel=2\r\nRacialLevel=2\r\nSpiritualLevel=2\r\n"
+        "EnableInTheCloud=0\r\nPurgeDays=45\r\nAutoMoved=1\r\nDeleteDeleted=0\r\nNotifyIcon=1\r\n"
+        "[LinkFilter]\r\nEnableLinkFilter=1\r\nWarnMismatchedLinks=0\r\nFlagNumericLinks=1\r\n"
+        "TrustedDomains=mail.example.com\r\n",
+        world_.ReadUserIni());
 }
 
 TEST_F(FilteringSheetTest, HelpOpensTheOpenPagesAddressAndLogsEachFailure) {
-    const wchar_t* product = L"SOFTWARE\\Nuvexa\\Tessaveli";
-    win32::unique_hkey key;
-    ASSERT_EQ(ERROR_SUCCESS,
-              ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, product, 0, nullptr, 0,
-                                KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, key.put(), nullptr));
-    auto set = [&](const wchar_t* name, const wchar_t* value) {
-        ::RegSetValueExW(key.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value),
-                         static_cast<DWORD>((wcslen(value) + 1) * sizeof(wchar_t)));
-    };
-    set(L"OnlineHelpURL", L"https://help.example/");
-    set(L"ProductID", L"VELK35");
-    key.reset();
-
+    test::SetEngineValue(L"OnlineHelpURL", L"https://help.example/");
+    test::SetEngineValue(L"ProductID", L"VELK35");
     velk::testing::LogCapture log;
     std::vector<std::wstring> opened;
-    bool browser_works = true;
     CFilteringSheet sheet(world_.ui());
-    sheet.SetUrlOpener([&](const std::wstring& url) {
-        opened.push_back(url);
-        return browser_works;
+    sheet.SetUrlOpener([&](const std::wstring& address) {
+        opened.push_back(address);
+        return false;  // the browser does not start
     });
     sheet.SetUpPages();
     Script script;
     script.Then(SheetUp())
         .Do([&] {
-            ::SendMessageW(Sheet(), PSM_SETCURSEL, 1, 0);
+            ShowTab(1);
             Press(Sheet(), IDHELP);
         })
         .Then([&] { return opened.size() == 1; })
         .Do([&] {
-            browser_works = false;
-            Press(Sheet(), IDHELP);
-        })
-        .Then([&] { return opened.size() == 2; })
-        .Do([&] {
-            ::RegDeleteKeyExW(HKEY_LOCAL_MACHINE, product, KEY_WOW64_64KEY, 0);
+            test::RemoveEngineKey();
             Press(Sheet(), IDHELP);
         })
         .Wait(200)
-        .Do([&] {
-            EXPECT_EQ(2u, opened.size());
-            Press(Sheet(), IDCANCEL);
-        });
+        .Do([&] { Press(Sheet(), IDCANCEL); });
     ASSERT_TRUE(script.Run([&] { sheet.DoModal(); }));
-    ASSERT_FALSE(opened.empty());
+    ASSERT_EQ(1u, opened.size());
     EXPECT_EQ(0u, opened[0].rfind(L"https://help.example/VELK35/", 0)) << opened[0];
     EXPECT_NE(std::wstring::npos, opened[0].find(L"/link_filter/")) << opened[0];
     EXPECT_TRUE(log.Contains("@@@ Error : Can't open on-line help URL in browser."));

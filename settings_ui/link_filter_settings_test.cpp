@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "settings_ui/sheet_test_profile.h"
+#include "settings/settings_access.h"
 
 namespace velk::settings_ui {
 namespace {
@@ -55,29 +55,6 @@ TEST(LinkFilterSettings, StoredListDropsRepeatsAndJunkAndMustFitOneValue) {
     EXPECT_LT(1000u, JoinTrustedDomains(many).size());
     many.pop_back();
     EXPECT_LT(JoinTrustedDomains(many).size(), settings::kValueBufferChars);
-}
-
-TEST(LinkFilterSettings, LoadsDefaultsAndSavesAllFourKeys) {
-    test::RecordingProfile profile;
-    LinkFilterValues v = LoadLinkFilter(profile);
-    EXPECT_TRUE(v.enabled && v.warn_mismatched && v.flag_numeric);
-    EXPECT_TRUE(v.trusted.empty());
-
-    profile.Set(L"LinkFilter", L"WarnMismatchedLinks", L"0");
-    profile.Set(L"LinkFilter", L"TrustedDomains", L"Example.com;junk");
-    v = LoadLinkFilter(profile);
-    EXPECT_FALSE(v.warn_mismatched);
-    EXPECT_EQ(std::vector<std::wstring>{L"example.com"}, v.trusted);
-
-    v.enabled = false;
-    v.trusted.push_back(L"example.org");
-    ASSERT_TRUE(SaveLinkFilter(profile, v));
-    EXPECT_EQ((std::vector<std::wstring>{L"[LinkFilter] EnableLinkFilter=0",
-                                         L"[LinkFilter] WarnMismatchedLinks=0",
-                                         L"[LinkFilter] FlagNumericLinks=1",
-                                         L"[LinkFilter] TrustedDomains=example.com;example.org"}),
-              profile.writes);
-    EXPECT_EQ(v, LoadLinkFilter(profile));
 }
 
 }  // namespace

@@ -1,13 +1,14 @@
 #include "settings_ui/sheet_test_world.h"
 
 #include <gtest/gtest.h>
-#include <shellapi.h>
 #include <shlobj.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <sstream>
 
 #include "common_src/win32/companion.h"
 
@@ -16,6 +17,7 @@ namespace {
 
 constexpr DWORD kStepTimeoutMs = 10000;
 constexpr UINT kFence = WM_USER + 900;
+constexpr wchar_t kEngineKey[] = L"SOFTWARE\\Nuvexa\\Tessaveli";
 
 Script* g_running = nullptr;
 
@@ -30,21 +32,26 @@ std::string ReadFile(const std::wstring& path) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-void DeleteTree(const std::wstring& dir) {
-    std::wstring from = dir + L'\0';
-    SHFILEOPSTRUCTW op{};
-    op.wFunc = FO_DELETE;
-    op.pFrom = from.c_str();
-    op.fFlags = FOF_NO_UI;
-    ::SHFileOperationW(&op);
-}
-
 BOOL CALLBACK DestroyDialog(HWND hwnd, LPARAM) {
     wchar_t name[16] = L"";
     ::GetClassNameW(hwnd, name, 16);
     if (std::wstring(name) == L"#32770")
         ::DestroyWindow(hwnd);
     return TRUE;
+}
+
+struct Answering {
+    HWND owner;
+    int answer;
+    std::wstring said;
+} g_answering;
+
+BOOL CALLBACK AnswerBox(HWND box, LPARAM) {
+    if (::GetWindow(box, GW_OWNER) != g_answering.owner || !::IsWindowVisible(box))
+        return TRUE;
+    g_answering.said = TextOf(box) + L"|" + TextOf(::GetDlgItem(box, 0xFFFF));
+    ::PostMessageW(box, WM_COMMAND, g_answering.answer, 0);
+    return FALSE;
 }
 
 }  // namespace
@@ -110,28 +117,50 @@ HWND FindDialog(const std::wstring& caption) {
 }
 
 HWND FindDescendant(HWND root, int id) {
-    struct Search {
-        int id;
-        HWND found;
-    } search{id, nullptr};
-    ::EnumChildWindows(
-        root,
-        [](HWND child, LPARAM lp) -> BOOL {
-            auto* s = reinterpret_cast<Search*>(lp);
-            if (::GetDlgCtrlID(child) != s->id)
-                return TRUE;
-            s->found = child;
-            return FALSE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    return search.found;
+    for (HWND child = ::GetWindow(root, GW_CHILD); child; child = ::GetWindow(child, GW_HWNDNEXT)) {
+        if (::GetDlgCtrlID(child) == id)
+            return child;
+        if (HWND found = FindDescendant(child, id))
+            return found;
+    }
+    return nullptr;
 }
 
-SheetWorld::SheetWorld() : strings_(StagedLanguages()) {
+std::wstring TextOf(HWND window) {
+    wchar_t text[2048] = L"";
+    ::GetWindowTextW(window, text, 2048);
+    return text;
+}
+
+std::wstring ClickAnswering(HWND dialog, int id, int answer) {
+    g_answering = {dialog, answer, std::wstring()};
+    const UINT_PTR timer = ::SetTimer(nullptr, 0, 20, [](HWND, UINT, UINT_PTR, DWORD) {
+        if (g_answering.said.empty())
+            ::EnumThreadWindows(::GetCurrentThreadId(), &AnswerBox, 0);
+    });
+    ::SendMessageW(::GetDlgItem(dialog, id), BM_CLICK, 0, 0);
+    ::KillTimer(nullptr, timer);
+    return g_answering.said;
+}
+
+void SetEngineValue(const wchar_t* name, const std::wstring& value) {
+    win32::unique_hkey key;
+    ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, kEngineKey, 0, nullptr, 0,
+                      KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, key.put(), nullptr);
+    ::RegSetValueExW(key.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
+                     static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+}
+
+void RemoveEngineKey() {
+    ::RegDeleteKeyExW(HKEY_LOCAL_MACHINE, kEngineKey, KEY_WOW64_64KEY, 0);
+}
+
+SheetWorld::SheetWorld(const std::string& counters) : strings_(StagedLanguages()) {
     wchar_t temp[MAX_PATH];
     ::GetTempPathW(MAX_PATH, temp);
     root_ = std::wstring(temp) + L"velk_sheet_" + std::to_wstring(::GetCurrentProcessId()) + L"\\";
-    DeleteTree(root_);
+    std::error_code ignored;
+    std::filesystem::remove_all(root_, ignored);
     const std::wstring bin = root_ + L"bin\\";
     ::SHCreateDirectoryExW(nullptr, bin.c_str(), nullptr);
     ::CopyFileW((std::wstring(VELK_TEST_DIST) + L"\\bin\\VELK_OE.ini").c_str(),
@@ -149,20 +178,14 @@ SheetWorld::SheetWorld() : strings_(StagedLanguages()) {
     ui_.resources = module_.get();
 
     heard_ = root_ + L"heard.txt";
-    SECURITY_ATTRIBUTES sa{sizeof(sa), nullptr, TRUE};
-    nul_.reset(::CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
-                             FILE_SHARE_READ | FILE_SHARE_WRITE, &sa, OPEN_EXISTING, 0, nullptr));
-    std::wstring cmd =
-        std::wstring(L"\"") + VELK_SCANNER_STUB_EXE + L"\" listen --log \"" + heard_ + L"\"";
-    STARTUPINFOW si{};
-    si.cb = sizeof(si);
-    si.dwFlags = STARTF_USESTDHANDLES;
-    si.hStdInput = si.hStdOutput = si.hStdError = nul_.get();
-    PROCESS_INFORMATION pi{};
-    if (::CreateProcessW(nullptr, &cmd[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &si, &pi)) {
-        ::CloseHandle(pi.hThread);
-        scanner_.reset(pi.hProcess);
+    std::wstring cmd = demo::QuoteArgument(VELK_SCANNER_STUB_EXE) + L" listen --log " +
+                       demo::QuoteArgument(heard_);
+    if (!counters.empty()) {
+        WriteUserIni("[Statistics]\r\n" + counters);
+        cmd += L" --settings " + demo::QuoteArgument(ui_.where.user_ini);
     }
+    DWORD error = 0;
+    EXPECT_TRUE(scanner_.Start(cmd, error)) << error;
     const DWORD start = ::GetTickCount();
     while (win32::companion::FindWindow() == nullptr && ::GetTickCount() - start < 10000)
         ::Sleep(20);
@@ -172,9 +195,10 @@ SheetWorld::SheetWorld() : strings_(StagedLanguages()) {
 SheetWorld::~SheetWorld() {
     if (HWND companion = win32::companion::FindWindow())
         ::PostMessageW(companion, WM_CLOSE, 0, 0);
-    if (scanner_ && ::WaitForSingleObject(scanner_.get(), 10000) != WAIT_OBJECT_0)
-        ::TerminateProcess(scanner_.get(), 99);
-    DeleteTree(root_);
+    DWORD code = 0;
+    scanner_.Wait(10000, code);  // ended in any case when it goes
+    std::error_code ignored;
+    std::filesystem::remove_all(root_, ignored);
 }
 
 void SheetWorld::WriteUserIni(const std::string& text) const {
@@ -182,6 +206,7 @@ void SheetWorld::WriteUserIni(const std::string& text) const {
 }
 
 std::string SheetWorld::ReadUserIni() const {
+    ::WritePrivateProfileStringW(nullptr, nullptr, nullptr, ui_.where.user_ini.c_str());  // flush
     return ReadFile(ui_.where.user_ini);
 }
 
@@ -205,21 +230,14 @@ std::vector<std::string> SheetWorld::HeardSinceLastAsk() {
         ::Sleep(20);
     }
     std::vector<std::string> lines;
-    std::size_t at = heard_offset_;
-    while (at < all.size()) {
-        const std::size_t end = all.find('\n', at);
-        std::string line = all.substr(at, end == std::string::npos ? std::string::npos : end - at);
-        at = end == std::string::npos ? all.size() : end + 1;
+    std::istringstream in(all.substr(heard_offset_, all.find(mark) - heard_offset_));
+    for (std::string line; std::getline(in, line);) {
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
-        if (line.find("WM_USER+900 ") != std::string::npos) {
-            if (line.find(mark) != std::string::npos)
-                break;
-            continue;
-        }
-        lines.push_back(line);
+        if (line.find("WM_USER+900 ") == std::string::npos)
+            lines.push_back(line);
     }
-    heard_offset_ = at;
+    heard_offset_ = std::min(all.size(), all.find('\n', all.find(mark)) + 1);
     return lines;
 }
 

@@ -1,117 +1,84 @@
 #include "settings_ui/updates_dlg.h"
 
-#include "settings_ui/dialog_ids.h"
-#include "settings_ui/dialogs_test_support.h"
+#include <gtest/gtest.h>
 
-namespace velk::settings_ui::testing {
+#include <memory>
+
+#include "host/log_capture_for_test.h"
+#include "settings_ui/dialog_ids.h"
+#include "settings_ui/sheet_test_world.h"
+
+namespace velk::settings_ui {
 namespace {
+
+using test::TextOf;
 
 constexpr long long kNow = 1700000000;
 
-class UpdatesDialog : public DialogsTest {
+class UpdatesDialog : public ::testing::Test {
 protected:
-    // The status line and pattern version shown for what the scanning
-    // process wrote, at the fixed time kNow.
-    std::wstring Shown(int id) {
-        CUpdatesDlg dialog(ui_, [] { return kNow; });
-        HWND window = dialog.CreateModeless(ui_.resources, IDD_UPDATES, nullptr);
-        EXPECT_NE(nullptr, window);
-        return TextOf(::GetDlgItem(window, id));
+    // The dialog as it shows what the scanning process wrote, at kNow.
+    HWND Open() {
+        dialog_ = std::make_unique<CUpdatesDlg>(world_.ui(), [] { return kNow; });
+        return dialog_->CreateModeless(world_.ui().resources, IDD_UPDATES, nullptr);
     }
+    std::wstring Shown(int id) { return TextOf(::GetDlgItem(Open(), id)); }
+    std::wstring Text(const wchar_t* key) { return world_.ui().Text(key); }
+
+    test::SheetWorld world_;
+    std::unique_ptr<CUpdatesDlg> dialog_;
 };
 
-TEST_F(UpdatesDialog, StatusFollowsTheLastUpdateTimeAndThePatternVersionGetsItsDot) {
-    SetUser(L"RuleFile-Update", L"UpToDate", L"1");
-    SetUser(L"RuleFile-Update", L"LastUpdateTime", L"0");
-    EXPECT_EQ(ui_.Text(L"IDS_STR_NOT_UPDATE_YET"), Shown(IDC_UPD_STATUS));
-    EXPECT_EQ(ui_.Text(L"IDS_UPD_NEVER"), Shown(IDC_UPD_LAST_UPDATE));
+TEST_F(UpdatesDialog, StatusAndVersionsFollowWhatTheScannerWrote) {
+    EXPECT_EQ(Text(L"IDS_STR_NOT_UPDATE_YET"), Shown(IDC_UPD_STATUS));
+    EXPECT_EQ(Text(L"IDS_UPD_NEVER"), Shown(IDC_UPD_LAST_UPDATE));
 
-    SetUser(L"RuleFile-Update", L"LastUpdateTime", std::to_wstring(kNow - 604800));
-    EXPECT_EQ(ui_.Text(L"IDS_OUT_OF_DATE"), Shown(IDC_UPD_STATUS)) << "seven days is out of date";
-    SetUser(L"RuleFile-Update", L"LastUpdateTime", std::to_wstring(kNow - 604799));
-    EXPECT_EQ(ui_.Text(L"IDS_UP_TO_DATE"), Shown(IDC_UPD_STATUS));
-    EXPECT_NE(std::wstring::npos, ui_.Text(L"IDS_UP_TO_DATE").find(L"Anti-Spam"));
-    SetUser(L"RuleFile-Update", L"UpToDate", L"0");
-    EXPECT_EQ(ui_.Text(L"IDS_OUT_OF_DATE"), Shown(IDC_UPD_STATUS));
-
-    SetUser(L"Antispam", L"PatchVer", L"123");
-    EXPECT_EQ(L"123", Shown(IDC_UPD_PATTERN_VERSION));
-    SetUser(L"Antispam", L"PatchVer", L"1234");
-    EXPECT_EQ(L"1.234", Shown(IDC_UPD_PATTERN_VERSION));
+    world_.SetUser(L"RuleFile-Update", L"UpToDate", L"1");
+    world_.SetUser(L"RuleFile-Update", L"LastUpdateTime", std::to_wstring(kNow - 60));
+    world_.SetUser(L"Antispam", L"PatchVer", L"1234");
+    HWND window = Open();
+    EXPECT_EQ(Text(L"IDS_UP_TO_DATE"), TextOf(::GetDlgItem(window, IDC_UPD_STATUS)));
+    EXPECT_NE(Text(L"IDS_UPD_NEVER"), TextOf(::GetDlgItem(window, IDC_UPD_LAST_UPDATE)));
+    EXPECT_EQ(L"1.234", TextOf(::GetDlgItem(window, IDC_UPD_PATTERN_VERSION)));
 }
 
-// The engine installation's "version", set for one test and removed after
-// (with the key when the test made it).
-class EngineKey {
-public:
-    EngineKey() {
-        ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Nuvexa\\Tessaveli", 0, nullptr, 0,
-                          KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, key_.put(), &disposition_);
-    }
-    ~EngineKey() {
-        ::RegDeleteValueW(key_.get(), L"version");
-        key_.reset();
-        if (disposition_ == REG_CREATED_NEW_KEY)
-            ::RegDeleteKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Nuvexa\\Tessaveli", KEY_WOW64_64KEY, 0);
-    }
-    void SetVersion(const std::wstring& version) {
-        ::RegSetValueExW(key_.get(), L"version", 0, REG_SZ, reinterpret_cast<const BYTE*>(version.c_str()),
-                         static_cast<DWORD>((version.size() + 1) * sizeof(wchar_t)));
-    }
-
-private:
-    win32::unique_hkey key_;
-    DWORD disposition_ = 0;
-};
-
 TEST_F(UpdatesDialog, UpdateNowAsksTheScannerUnlessTheEngineIsVersionSeventeen) {
-    StartScanner();
-    CUpdatesDlg dialog(ui_);
-    HWND window = dialog.CreateModeless(ui_.resources, IDD_UPDATES, nullptr);
-    ASSERT_NE(nullptr, window);
-    {
-        EngineKey key;
-        key.SetVersion(L"17.0.1022");
-        Click(window, IDC_UPD_UPDATE_NOW);
-        key.SetVersion(L"16.7");
-        Click(window, IDC_UPD_UPDATE_NOW);
-    }
-    Click(window, IDC_UPD_UPDATE_NOW);  // no key: an empty version is not 17
-    StopScanner();
-
-    const std::string heard = Heard();
-    EXPECT_EQ(2u, CountOf(heard, "posted WM_USER+6 wParam=0x0 lParam=0x0")) << heard;
-    EXPECT_EQ(2u, CountOf(heard, "\n")) << heard;
-    const std::string log = LogText();
-    for (const char* line : {"@@@ HVN version is 17.0.1022", "@@@ Error:HVN version is 17",
-                             "@@@ HVN version is 16.7",
-                             "@@@ Error:open HKEY_LOCAL_MACHINE\\SOFTWARE\\Nuvexa\\Tessaveli failed"}) {
-        EXPECT_NE(std::string::npos, log.find(line)) << line << "\n" << log;
-    }
-    EXPECT_EQ(1u, CountOf(log, "Error:HVN version is 17"));
+    velk::testing::LogCapture log;
+    HWND window = Open();
+    auto update_now = [&] { ::SendDlgItemMessageW(window, IDC_UPD_UPDATE_NOW, BM_CLICK, 0, 0); };
+    const std::vector<std::string> posted = {"posted WM_USER+6 wParam=0x0 lParam=0x0"};
+    test::SetEngineValue(L"version", L"17.0.1022");
+    update_now();
+    EXPECT_TRUE(world_.HeardSinceLastAsk().empty());
+    EXPECT_TRUE(log.Contains("@@@ HVN version is 17.0.1022"));
+    EXPECT_TRUE(log.Contains("@@@ Error:HVN version is 17"));
+    test::SetEngineValue(L"version", L"16.7");
+    update_now();
+    EXPECT_EQ(posted, world_.HeardSinceLastAsk());
+    EXPECT_TRUE(log.Contains("@@@ HVN version is 16.7"));
+    test::RemoveEngineKey();
+    update_now();  // no key: an empty version is not 17
+    EXPECT_EQ(posted, world_.HeardSinceLastAsk());
+    EXPECT_TRUE(
+        log.Contains("@@@ Error:open HKEY_LOCAL_MACHINE\\SOFTWARE\\Nuvexa\\Tessaveli failed"));
 }
 
 TEST_F(UpdatesDialog, OkWritesTheScheduleAndRefusesAnEmptyInterval) {
-    CUpdatesDlg dialog(ui_);
-    HWND window = dialog.CreateModeless(ui_.resources, IDD_UPDATES, nullptr);
-    ASSERT_NE(nullptr, window);
+    HWND window = Open();
     EXPECT_EQ(L"180", TextOf(::GetDlgItem(window, IDC_UPD_INTERVAL)));  // the default
-    Click(window, IDC_UPD_SHOW_PROGRESS);
+    ::SendDlgItemMessageW(window, IDC_UPD_SHOW_PROGRESS, BM_CLICK, 0, 0);
     ::SetDlgItemTextW(window, IDC_UPD_INTERVAL, L"");
-    MessageBoxAnswerer answerer;
-    Click(window, IDOK);
-    ASSERT_EQ(1u, answerer.boxes.size());
-    EXPECT_EQ(ui_.Text(L"IDS_UPD_INTERVAL_RANGE"), answerer.boxes[0].text);
+    EXPECT_EQ(Text(L"IDS_WARNING_CAPTION") + L"|" + Text(L"IDS_UPD_INTERVAL_RANGE"),
+              test::ClickAnswering(window, IDOK));
     ASSERT_TRUE(::IsWindow(window));
-    EXPECT_EQ(L"<none>", User(L"RuleFile-Update", L"UpdateUI"));
+    EXPECT_EQ("", world_.ReadUserIni());
 
     ::SetDlgItemTextW(window, IDC_UPD_INTERVAL, L"45");
-    Click(window, IDOK);
+    EXPECT_EQ(L"", test::ClickAnswering(window, IDOK));
     EXPECT_FALSE(::IsWindow(window));
-    EXPECT_EQ(L"1", User(L"RuleFile-Update", L"EnableSchedule"));
-    EXPECT_EQ(L"1", User(L"RuleFile-Update", L"UpdateUI"));
-    EXPECT_EQ(L"45", User(L"RuleFile-Update", L"Interval"));
+    EXPECT_EQ("[RuleFile-Update]\r\nEnableSchedule=1\r\nUpdateUI=1\r\nInterval=45\r\n",
+              world_.ReadUserIni());
 }
 
 }  // namespace
-}  // namespace velk::settings_ui::testing
+}  // namespace velk::settings_ui
