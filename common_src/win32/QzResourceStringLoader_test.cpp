@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "common_src/QzCommon/QzComn_test_util.h"
+#include "common_src/win32/ResourceHandle.h"
 #include "log/diag_log.h"
 
 namespace {
@@ -99,31 +100,35 @@ TEST_F(LoaderTest, SwissGermanLoadsGermanThenEnglishAndFailsWithoutEnglish) {
     });
 }
 
+// The oldest systems lack one or both locale-name calls: the downlevel
+// helper's name is kept as it is, the language map is the last source, and
+// with no source left no primary language can be mapped: English.
 TEST_F(LoaderTest, DownlevelNamesAreKeptAsTheyAreAndLanguageMapIsTheLastSource) {
     kernel.names.clear();
     downlevel.names = {{kGerman, L"de-DE"}};
-    AddTable(L"de-DE", L"[Main]\r\n");
-    AddTable(L"fr-FR", L"[Main]\r\n");
-    res.WriteFile(L"LanguageMap.ini", "[LCID2NAME]\r\n1036=fr-FR\r\n");
-
-    QzResourceStringLoader german(Pretend(kGerman));
-    ASSERT_TRUE(german.Initialize(L"Main"));
-    EXPECT_EQ(L"de-DE", german.GetLanguage());
-    QzResourceStringLoader french(Pretend(0x040C));
-    ASSERT_TRUE(french.Initialize(L"Main"));
-    EXPECT_EQ(L"fr-FR", french.GetLanguage());
+    for (const wchar_t* language : {L"de-DE", L"fr-FR", L"en-US"})
+        AddTable(language, L"[Main]\r\n");
+    res.WriteFile(L"LanguageMap.ini", "[LCID2NAME]\r\n1036=fr-FR\r\n1041=ja-JP\r\n");
+    const std::pair<LCID, const wchar_t*> cases[] = {
+        {kGerman, L"de-DE"}, {0x040C, L"fr-FR"}, {kJapanese, L"en-US"}};
+    for (const auto& [lcid, language] : cases) {
+        QzResourceStringLoader loader(Pretend(lcid));
+        ASSERT_TRUE(loader.Initialize(L"Main"));
+        EXPECT_EQ(language, loader.GetLanguage());
+    }
+    EXPECT_EQ(res.path() + L"en-US\\",
+              QzResourceStringLoader(Pretend(kJapanese)).GetResFolderByAutoDetectLanguage());
     ExpectLogged({L"<LanguageMap.ini> Matched Locale Name from [1036] to [fr-FR]"});
 }
 
 TEST_F(LoaderTest, LoadStringExpandsLineEscapesAndKeepsMissingIdsAsEmptySuccesses) {
     AddTable(L"en-US",
-             L"[Main]\r\nIDS_TWO=one\\ntwo\\r\\nthree\r\nIDS_PATH=C:\\temp\r\n"
+             L"[Main]\r\nIDS_TWO=one\\ntwo\\r\\nthree\r\n"
              L"[Other]\r\nIDS_TWO=other section\r\n");
     QzResourceStringLoader loader(Pretend(kEnglish));
     EXPECT_FALSE(loader.Initialize(L""));
     ASSERT_TRUE(loader.Initialize(L"Main"));
     EXPECT_STREQ(L"one\ntwo\r\nthree", loader.LoadStringW(L"IDS_TWO"));
-    EXPECT_STREQ(L"C:\\temp", loader.LoadStringW(L"IDS_PATH"));
     EXPECT_STREQ(L"", loader.LoadStringW(L"IDS_NOPE"));
     EXPECT_TRUE(loader.IsStringLoaded());  // logged as a failure, flagged as loaded
     EXPECT_STREQ(L"", loader.LoadStringW(nullptr));
@@ -190,18 +195,41 @@ TEST_F(LoaderTest, HelpAddressJoinsBaseProductLanguageAndFunctionFromThe64BitVie
                   L"*** QzCommon::Storage::Exception(): [0x00000002]"});
 }
 
-TEST_F(LoaderTest, WithoutAnyLocaleNameSourceAMissingFolderFallsBackToEnglish) {
-    // The oldest systems: neither locale-name call exists, so only the
-    // language map names a language, and no primary language can be mapped.
-    kernel.names.clear();
+// Where a data-file module was mapped (its handle with the low bits cleared):
+// committed while loaded, free once let go.
+DWORD MappedState(HMODULE module) {
+    MEMORY_BASIC_INFORMATION info = {};
+    ::VirtualQuery(reinterpret_cast<const void*>(reinterpret_cast<ULONG_PTR>(module) & ~3), &info,
+                   sizeof(info));
+    return info.State;
+}
+
+TEST_F(LoaderTest, ResourceModuleOfTheDetectedLanguageLoadsAndEveryOneLoadedIsLetGo) {
     res.MakeFolder(L"en-US");
-    res.WriteFile(L"LanguageMap.ini", "[LCID2NAME]\r\n1041=ja-JP\r\n");
-    EXPECT_EQ(res.path() + L"en-US\\",
-              QzResourceStringLoader(Pretend(kJapanese)).GetResFolderByAutoDetectLanguage());
-    AddTable(L"en-US", L"[Main]\r\n");
-    QzResourceStringLoader table(Pretend(kJapanese));
-    ASSERT_TRUE(table.Initialize(L"Main"));
-    EXPECT_EQ(L"en-US", table.GetLanguage());
+    wchar_t built[MAX_PATH] = {};  // the one-string module built beside this test
+    ::GetModuleFileNameW(nullptr, built, MAX_PATH);
+    std::wstring source = built;
+    source.erase(source.rfind(L'\\') + 1) += L"test_language_module.dll";
+    res.MakeFolder(L"de-DE");
+    ASSERT_TRUE(
+        ::CopyFileW(source.c_str(), (res.path() + L"de-DE\\VELK_OEA.dll.mui").c_str(), FALSE));
+    HMODULE first = nullptr, second = nullptr;
+    {
+        ResourceHandle mui(Pretend(kSwissGerman));
+        EXPECT_FALSE(mui.Load(res.path() + L"en-US\\"));  // no module there
+        const std::wstring folder = mui.GetResourceFolder();
+        EXPECT_EQ(res.path() + L"DE-DE\\", folder);
+        ASSERT_TRUE(mui.Load(folder));
+        first = mui.Get();
+        wchar_t text[64] = {};
+        EXPECT_GT(::LoadStringW(mui.Get(), 101, text, 64), 0);
+        EXPECT_STREQ(L"text from the language module", text);
+        ASSERT_TRUE(mui.Load(folder));  // loading again replaces the module
+        second = mui.Get();
+        EXPECT_EQ(static_cast<DWORD>(MEM_COMMIT), MappedState(second));
+    }
+    EXPECT_EQ(static_cast<DWORD>(MEM_FREE), MappedState(first));
+    EXPECT_EQ(static_cast<DWORD>(MEM_FREE), MappedState(second));
 }
 
 }  // namespace

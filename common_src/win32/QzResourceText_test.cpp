@@ -5,6 +5,7 @@
 namespace velk {
 namespace {
 
+// The help address is checked with the loader that builds it.
 TEST(ExpandLineEscapes, TurnsBackslashNAndRIntoLineBreaksOnly) {
     const std::pair<const wchar_t*, const wchar_t*> cases[] = {
         {L"a\\r\\nb", L"a\r\nb"},
@@ -16,14 +17,6 @@ TEST(ExpandLineEscapes, TurnsBackslashNAndRIntoLineBreaksOnly) {
     };
     for (const auto& [in, out] : cases)
         EXPECT_EQ(out, ExpandLineEscapes(in)) << testing::PrintToString(std::wstring(in));
-}
-
-TEST(JoinHelpAddress, JoinsPartsWithSingleSlashesAndEndsWithOne) {
-    EXPECT_EQ(L"http://help.example/oe/P100/en-US/F7/",
-              JoinHelpAddress(L"http://help.example/oe/", {L"P100", L"en-US", L"F7"}));
-    // A part that could not be read leaves no empty segment behind.
-    EXPECT_EQ(L"http://h/P/F/", JoinHelpAddress(L"http://h", {L"P", L"", L"F"}));
-    EXPECT_EQ(L"/x/", JoinHelpAddress(L"", {L"x"}));
 }
 
 }  // namespace

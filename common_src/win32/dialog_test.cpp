@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
-#include <vector>
+
+#include "common_src/win32/dialog_template_test_util.h"
 
 namespace velk::win32 {
 namespace {
@@ -11,19 +12,6 @@ namespace {
 constexpr UINT kAnswer = WM_USER + 1;
 constexpr UINT kThrow = WM_USER + 2;
 constexpr UINT kCloseWith = WM_USER + 3;
-
-// An in-memory template: a captioned popup with no controls, so the tests
-// need no resource script.
-std::vector<WORD> Template() {
-    DLGTEMPLATE dt{};
-    dt.style = WS_POPUP | WS_CAPTION;
-    dt.cx = 100;
-    dt.cy = 50;
-    const WORD* head = reinterpret_cast<const WORD*>(&dt);
-    std::vector<WORD> words(head, head + sizeof(dt) / sizeof(WORD));
-    words.insert(words.end(), {0, 0, 0});  // no menu, standard class, no title
-    return words;
-}
 
 class TestDialog : public Dialog {
 public:
@@ -33,7 +21,7 @@ public:
     bool close_in_init = false;
 
 protected:
-    bool ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) override {
+    bool ProcessMessage(UINT msg, WPARAM wp, LPARAM, LRESULT& result) override {
         switch (msg) {
             case WM_INITDIALOG:
                 init_hwnd = hwnd();
@@ -59,10 +47,10 @@ protected:
     void OnFinalMessage(HWND hwnd) override { final_hwnd = hwnd; }
 };
 
-TEST(Dialog, ModelessDialogAttachesOnInitAndAnswersEachMessageItsWay) {
-    const std::vector<WORD> t = Template();
+TEST(Dialog, AnswersEachMessageItsWayAndEndsModalOrModeless) {
+    const testing::DialogTemplate t(WS_POPUP | WS_CAPTION, 100, 50);
     TestDialog dlg;
-    HWND hwnd = dlg.CreateModelessIndirect(reinterpret_cast<const DLGTEMPLATE*>(t.data()), nullptr);
+    HWND hwnd = dlg.CreateModelessIndirect(t.get(), nullptr);
     ASSERT_NE(nullptr, hwnd);
     EXPECT_EQ(hwnd, dlg.init_hwnd);
     EXPECT_EQ(&dlg, Dialog::FromHandle(hwnd));
@@ -76,28 +64,21 @@ TEST(Dialog, ModelessDialogAttachesOnInitAndAnswersEachMessageItsWay) {
     // An exception gives default processing and the dialog goes on.
     EXPECT_EQ(0, ::SendMessageW(hwnd, kThrow, 0, 0));
     EXPECT_EQ(1001, ::SendMessageW(hwnd, kAnswer, 1, 0));
-
     dlg.Close(0);
     EXPECT_FALSE(::IsWindow(hwnd));
     EXPECT_EQ(hwnd, dlg.final_hwnd);
     EXPECT_EQ(nullptr, dlg.hwnd());
-}
 
-TEST(Dialog, ModalDialogReturnsItsCodeAndModelessDiesWithItsObject) {
-    const std::vector<WORD> t = Template();
-    const auto* dt = reinterpret_cast<const DLGTEMPLATE*>(t.data());
     TestDialog modal;
     modal.close_in_init = true;
-    EXPECT_EQ(42, modal.DoModalIndirect(dt, nullptr));
+    EXPECT_EQ(42, modal.DoModalIndirect(t.get(), nullptr));
     EXPECT_NE(nullptr, modal.final_hwnd);
-
-    HWND hwnd = nullptr;
     {
         TestDialog modeless;
-        hwnd = modeless.CreateModelessIndirect(dt, nullptr);
+        hwnd = modeless.CreateModelessIndirect(t.get(), nullptr);
         ASSERT_NE(nullptr, hwnd);
     }
-    EXPECT_FALSE(::IsWindow(hwnd));
+    EXPECT_FALSE(::IsWindow(hwnd)) << "a modeless dialog dies with its object";
 }
 
 }  // namespace

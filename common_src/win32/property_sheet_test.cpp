@@ -4,24 +4,12 @@
 
 #include <vector>
 
+#include "common_src/win32/dialog_template_test_util.h"
+
 namespace velk::win32 {
 namespace {
 
 constexpr UINT kStopSwallowing = WM_USER + 20;
-
-std::vector<WORD> PageTemplate() {
-    DLGTEMPLATE dt{};
-    dt.style = WS_CHILD | WS_DISABLED | WS_CAPTION | DS_CONTROL;
-    dt.cx = 150;
-    dt.cy = 80;
-    const WORD* head = reinterpret_cast<const WORD*>(&dt);
-    std::vector<WORD> words(head, head + sizeof(dt) / sizeof(WORD));
-    words.insert(words.end(), {0, 0});  // no menu, standard class
-    for (const wchar_t* s = L"Page"; *s; ++s)
-        words.push_back(*s);
-    words.push_back(0);
-    return words;
-}
 
 class TestPage : public PropertyPage {
 public:
@@ -33,12 +21,10 @@ public:
 
 protected:
     bool ProcessMessage(UINT msg, WPARAM, LPARAM, LRESULT& result) override {
-        if (msg == WM_INITDIALOG) {
+        if (msg == WM_INITDIALOG)
             init_hwnd = hwnd();
-            result = TRUE;
-            return true;
-        }
-        return false;
+        result = TRUE;
+        return msg == WM_INITDIALOG;
     }
     bool OnApply() override {
         ++applied;
@@ -48,24 +34,20 @@ protected:
 };
 
 // Swallows OK, Cancel and SC_CLOSE until told to stop, as a sheet does while
-// another settings window is open.
+// another settings window is open; plays its script once it is up.
 class TestSheet : public PropertySheet {
 public:
     bool swallowing = true;
     int swallowed = 0;
-    HWND apply_button = nullptr;
-    std::vector<UINT> script;  // commands posted once the sheet is up
+    std::vector<UINT> script;
 
 protected:
     void OnInitialized() override {
-        apply_button = ::GetDlgItem(hwnd(), 12321);
         for (UINT id : script) {
-            if (id == kStopSwallowing)
-                ::PostMessageW(hwnd(), kStopSwallowing, 0, 0);
-            else if (id == SC_CLOSE)
+            if (id == SC_CLOSE)
                 ::PostMessageW(hwnd(), WM_SYSCOMMAND, SC_CLOSE, 0);
             else
-                ::PostMessageW(hwnd(), WM_COMMAND, MAKEWPARAM(id, BN_CLICKED), 0);
+                ::PostMessageW(hwnd(), id == kStopSwallowing ? id : WM_COMMAND, id, 0);
         }
     }
     bool ProcessMessage(UINT msg, WPARAM wp, LPARAM, LRESULT& result) override {
@@ -75,19 +57,19 @@ protected:
         }
         const bool closing = (msg == WM_COMMAND && (LOWORD(wp) == IDOK || LOWORD(wp) == IDCANCEL)) ||
                              (msg == WM_SYSCOMMAND && (wp & 0xFFF0) == SC_CLOSE);
-        if (closing && swallowing) {
-            ++swallowed;
-            result = 0;
-            return true;
-        }
-        return false;
+        if (!closing || !swallowing)
+            return false;
+        ++swallowed;
+        result = 0;
+        return true;
     }
 };
 
+const testing::DialogTemplate kPage(WS_CHILD | WS_DISABLED | WS_CAPTION | DS_CONTROL, 150, 80,
+                                    L"Page");
+
 TEST(PropertySheet, SwallowsClosingCommandsThenAppliesOnlyShownPages) {
-    const std::vector<WORD> t = PageTemplate();
-    const auto* dt = reinterpret_cast<const DLGTEMPLATE*>(t.data());
-    TestPage first(dt), second(dt);
+    TestPage first(kPage.get()), second(kPage.get());
     TestSheet sheet;
     sheet.AddPage(first);
     sheet.AddPage(second);
@@ -106,8 +88,7 @@ TEST(PropertySheet, SwallowsClosingCommandsThenAppliesOnlyShownPages) {
 }
 
 TEST(PropertySheet, RefusedApplyKeepsTheSheetOpenAndCancelResets) {
-    const std::vector<WORD> t = PageTemplate();
-    TestPage page(reinterpret_cast<const DLGTEMPLATE*>(t.data()));
+    TestPage page(kPage.get());
     page.refuse_apply = true;
     TestSheet sheet;
     sheet.swallowing = false;
