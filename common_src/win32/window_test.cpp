@@ -1,62 +1,96 @@
+// The life cycle of the three kinds of objects behind windows (our own
+// windows, dialogs, subclassed windows we did not create) and the
+// reflection of control notifications between them.
 #include "common_src/win32/window.h"
 
+#include <commctrl.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <stdexcept>
+#include <type_traits>
 #include <vector>
 
+#include "common_src/win32/dialog.h"
+#include "common_src/win32/dialog_template_test_util.h"
 #include "common_src/win32/entry_scope.h"
+#include "common_src/win32/reflection.h"
+#include "common_src/win32/subclassed_window.h"
 #include "common_src/win32/window_class.h"
 
 namespace velk::win32 {
 namespace {
 
 constexpr wchar_t kClass[] = L"VelkWindowTestClass";
-constexpr UINT kThrow = WM_USER + 1;
+constexpr UINT kThrow = WM_USER + 2;  // default processing answers 0 (a dialog's DM_REPOSITION)
 constexpr UINT kAnswer = WM_USER + 3;
 constexpr UINT kDestroySelf = WM_USER + 4;
 constexpr UINT kNested = WM_USER + 10;
 constexpr UINT kDefer = WM_USER + 11;
+constexpr UINT kCloseWith = WM_USER + 12;
 
 // Records what reaches it; throws, answers, destroys itself and defers work
-// from a nested call on request.
-class Recorder : public Window {
+// from a nested call on request. WM_GETTEXTLENGTH with wParam 1 throws a
+// non-standard exception; a subclass adds 1 to the window's own answer.
+template <class Base>
+class Recorder : public Base {
 public:
     std::vector<UINT> seen;
     HWND final_hwnd = nullptr;
     bool delete_on_final = false;
     int* destroyed_count = nullptr;
+    LRESULT reflected_answer = 0;
+    INT_PTR close_in_init = 0;     // a dialog posts itself this code to close with
     std::vector<int> deferred_at;  // the entry depth each deferred action saw
 
     ~Recorder() override {
-        Destroy();
+        if constexpr (std::is_same_v<Base, Window>)
+            this->Destroy();
         if (destroyed_count != nullptr)
             ++*destroyed_count;
     }
     bool Saw(UINT msg) const { return std::count(seen.begin(), seen.end(), msg) > 0; }
+    bool SawReflected(UINT msg) const { return Saw(kReflectedMessageBase + msg); }
 
 protected:
-    bool ProcessMessage(UINT msg, WPARAM wp, LPARAM, LRESULT& result) override {
+    bool ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) override {
         seen.push_back(msg);
         if (msg == kThrow)
             throw std::runtime_error("handler failed");
         if (msg == WM_GETTEXTLENGTH && wp == 1)
             throw 42;
-        if (msg == kAnswer)
+        if constexpr (std::is_same_v<Base, SubclassedWindow>) {
+            if (msg == WM_GETTEXTLENGTH) {
+                result = this->CallDefault(msg, wp, lp) + 1;
+                return true;
+            }
+        }
+        if constexpr (std::is_same_v<Base, Dialog>) {
+            if (msg == kCloseWith)
+                this->Close(static_cast<INT_PTR>(wp));
+            if (msg == WM_INITDIALOG && close_in_init != 0)
+                ::PostMessageW(this->hwnd(), kCloseWith, close_in_init, 0);
+        }
+        if (msg == kAnswer) {
             result = static_cast<LRESULT>(wp) * 2;
-        else if (msg == kDestroySelf)
-            ::DestroyWindow(hwnd()), result = 7;
-        else if (msg == kNested) {
+        } else if (msg == WM_INITDIALOG || msg == WM_CTLCOLORDLG) {
+            result = msg == WM_CTLCOLORDLG ? 77 : TRUE;  // 77 stands for a brush
+        } else if (msg == kDestroySelf) {
+            ::DestroyWindow(this->hwnd());
+            result = 7;
+        } else if (msg == kNested) {
             // Our frame stays on the stack while a loop pumps the inner message.
-            ::PostMessageW(hwnd(), kDefer, 0, 0);
+            ::PostMessageW(this->hwnd(), kDefer, 0, 0);
             MSG m;
-            while (::PeekMessageW(&m, hwnd(), kDefer, kDefer, PM_REMOVE))
+            while (::PeekMessageW(&m, this->hwnd(), kDefer, kDefer, PM_REMOVE))
                 ::DispatchMessageW(&m);
-        } else if (msg == kDefer)
+        } else if (msg == kDefer) {
             WhenOutOfModule([this] { deferred_at.push_back(EntryDepth()); });
-        else
+        } else if (msg >= kReflectedMessageBase && reflected_answer != 0) {
+            result = reflected_answer;
+        } else {
             return false;
+        }
         return true;
     }
     void OnFinalMessage(HWND hwnd) override {
@@ -79,7 +113,7 @@ protected:
 };
 
 TEST_F(WindowTest, AttachesOnCreateSurvivesThrowingHandlersAndDetachesOnNcDestroy) {
-    Recorder w;
+    Recorder<Window> w;
     HWND hwnd = w.Create(kClass, nullptr, WS_POPUP, 0, RECT{0, 0, 50, 20}, L"title");
     ASSERT_NE(nullptr, hwnd);
     EXPECT_EQ(&w, Window::FromHandle(hwnd));
@@ -103,14 +137,13 @@ TEST_F(WindowTest, AttachesOnCreateSurvivesThrowingHandlersAndDetachesOnNcDestro
     EXPECT_TRUE(w.Saw(WM_NCDESTROY));
     EXPECT_EQ(hwnd, w.final_hwnd);
     EXPECT_EQ(nullptr, w.hwnd());
-    EXPECT_EQ(0, ::GetWindowLongPtrW(hwnd, GWLP_USERDATA));
 }
 
 TEST_F(WindowTest, ObjectsMayGoWithTheirWindowAndWindowsWithTheirObject) {
     // A handler destroys its own window and the object deletes itself in
     // that call: the dispatcher must not touch it afterwards.
     int destroyed = 0;
-    auto* self_owned = new Recorder;
+    auto* self_owned = new Recorder<Window>;
     self_owned->delete_on_final = true;
     self_owned->destroyed_count = &destroyed;
     HWND hwnd = self_owned->Create(kClass, nullptr, WS_POPUP);
@@ -143,6 +176,109 @@ TEST(WindowClass, ReplacesAStaleRegistrationAndStaysWhileAWindowExists) {
     EXPECT_FALSE(UnregisterWindowClass(kName));
     w.Destroy();
     EXPECT_TRUE(UnregisterWindowClass(kName));
+}
+
+LRESULT CALLBACK OtherSubclass(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp, UINT_PTR, DWORD_PTR) {
+    return ::DefSubclassProc(hwnd, msg, wp, lp) + (msg == WM_GETTEXTLENGTH ? 10 : 0);
+}
+
+TEST(SubclassedWindow, ChainsWithOtherSubclassesInAnyOrderAndLeavesOnDestroy) {
+    HWND hwnd = ::CreateWindowExW(0, L"STATIC", L"abc", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
+                                  nullptr, nullptr);
+    ASSERT_NE(nullptr, hwnd);
+    Recorder<SubclassedWindow> ours;
+    ASSERT_TRUE(ours.Attach(hwnd));
+    EXPECT_FALSE(ours.Attach(hwnd));
+    EXPECT_EQ(&ours, SubclassedWindow::FromHandle(hwnd));
+    // Someone else subclasses after us, then we leave first: their subclass
+    // and the window's own procedure keep working.
+    ASSERT_TRUE(::SetWindowSubclass(hwnd, &OtherSubclass, 7, 0));
+    EXPECT_EQ(14, ::SendMessageW(hwnd, WM_GETTEXTLENGTH, 0, 0));
+    EXPECT_EQ(0, ::SendMessageW(hwnd, kThrow, 0, 0)) << "the default answer, not a crash";
+    ours.Detach();
+    EXPECT_EQ(nullptr, SubclassedWindow::FromHandle(hwnd));
+    EXPECT_EQ(13, ::SendMessageW(hwnd, WM_GETTEXTLENGTH, 0, 0));
+
+    Recorder<SubclassedWindow> again;
+    ASSERT_TRUE(again.Attach(hwnd));
+    ::DestroyWindow(hwnd);
+    EXPECT_EQ(hwnd, again.final_hwnd);
+    EXPECT_FALSE(again.attached());
+    EXPECT_EQ(WM_NCDESTROY, again.seen.back());
+}
+
+// Colour messages answer with the brush as the procedure's result, others
+// through DWLP_MSGRESULT; what the dialog leaves unhandled goes to the
+// objects of its controls, subclassed stock controls or windows of our own.
+TEST_F(WindowTest, DialogsAnswerTheirWayAndReflectToTheObjectsOfTheirControls) {
+    testing::DialogTemplate t(WS_POPUP, 150, 60);
+    t.Control(L"BUTTON", 100, BS_PUSHBUTTON, 5, 5, 40, 14)
+        .Control(TRACKBAR_CLASSW, 101, 0, 5, 25, 40, 14)
+        .Control(L"BUTTON", 103, BS_PUSHBUTTON, 50, 25, 40, 14);
+    Recorder<Dialog> host;
+    HWND dlg = host.CreateModelessIndirect(t.get(), nullptr);
+    ASSERT_NE(nullptr, dlg);
+    EXPECT_EQ(&host, Dialog::FromHandle(dlg));
+    EXPECT_EQ(10, ::SendMessageW(dlg, kAnswer, 5, 0));
+    EXPECT_EQ(77, ::SendMessageW(dlg, WM_CTLCOLORDLG, 0, reinterpret_cast<LPARAM>(dlg)));
+    EXPECT_EQ(0, ::SendMessageW(dlg, kThrow, 0, 0));
+    EXPECT_EQ(4, ::SendMessageW(dlg, kAnswer, 2, 0));
+
+    HWND button = ::GetDlgItem(dlg, 100), slider = ::GetDlgItem(dlg, 101);
+    HWND stock = ::GetDlgItem(dlg, 103);
+    Recorder<SubclassedWindow> button_object, slider_object;
+    ASSERT_TRUE(button_object.Attach(button));
+    ASSERT_TRUE(slider_object.Attach(slider));
+    Recorder<Window> own_object;
+    HWND own = own_object.Create(kClass, dlg, WS_CHILD, 0, RECT{0, 0, 5, 5}, L"", 104);
+    ASSERT_NE(nullptr, own);
+    button_object.reflected_answer = 5;
+    own_object.reflected_answer = 99;
+
+    ::SendMessageW(dlg, WM_COMMAND, MAKEWPARAM(100, BN_CLICKED), reinterpret_cast<LPARAM>(button));
+    ::SendMessageW(dlg, WM_HSCROLL, TB_THUMBPOSITION, reinterpret_cast<LPARAM>(slider));
+    MEASUREITEMSTRUCT mis{};
+    mis.CtlType = ODT_BUTTON;
+    mis.CtlID = 100;
+    ::SendMessageW(dlg, WM_MEASUREITEM, 100, reinterpret_cast<LPARAM>(&mis));
+    EXPECT_EQ(5, ::SendMessageW(dlg, WM_CTLCOLORBTN, 0, reinterpret_cast<LPARAM>(button)));
+    NMHDR nm{own, 104, static_cast<UINT>(-2)};
+    EXPECT_EQ(99, ::SendMessageW(dlg, WM_NOTIFY, 104, reinterpret_cast<LPARAM>(&nm)));
+    DRAWITEMSTRUCT dis{};
+    dis.CtlType = ODT_BUTTON;
+    dis.hwndItem = own;
+    ::SendMessageW(dlg, WM_DRAWITEM, 104, reinterpret_cast<LPARAM>(&dis));
+    EXPECT_TRUE(button_object.SawReflected(WM_COMMAND) && button_object.SawReflected(WM_MEASUREITEM));
+    EXPECT_TRUE(slider_object.SawReflected(WM_HSCROLL));
+    EXPECT_FALSE(slider_object.SawReflected(WM_COMMAND));
+    EXPECT_TRUE(own_object.SawReflected(WM_NOTIFY) && own_object.SawReflected(WM_DRAWITEM));
+
+    // Menus, menu drawing and controls without an object are not reflected;
+    // a control that leaves its reflection unhandled leaves it to the parent.
+    own_object.seen.clear();
+    LRESULT r = -1;
+    EXPECT_FALSE(ReflectToOwner(dlg, WM_COMMAND, 104, 0, r));
+    EXPECT_FALSE(ReflectToOwner(dlg, WM_COMMAND, 103, reinterpret_cast<LPARAM>(stock), r));
+    dis.CtlType = ODT_MENU;
+    ::SendMessageW(dlg, WM_DRAWITEM, 0, reinterpret_cast<LPARAM>(&dis));
+    EXPECT_FALSE(own_object.SawReflected(WM_DRAWITEM));
+    own_object.reflected_answer = 0;
+    EXPECT_FALSE(Window::ReflectToControl(WM_COMMAND, 104, reinterpret_cast<LPARAM>(own), r));
+    EXPECT_EQ(-1, r);
+
+    ::SendMessageW(dlg, kCloseWith, 0, 0);
+    EXPECT_FALSE(::IsWindow(dlg));
+    EXPECT_EQ(dlg, host.final_hwnd);
+    EXPECT_EQ(nullptr, host.hwnd());
+
+    Recorder<Dialog> modal;
+    modal.close_in_init = 42;
+    EXPECT_EQ(42, modal.DoModalIndirect(t.get(), nullptr));
+    {
+        Recorder<Dialog> modeless;
+        dlg = modeless.CreateModelessIndirect(t.get(), nullptr);
+    }
+    EXPECT_FALSE(::IsWindow(dlg)) << "a modeless dialog dies with its object";
 }
 
 }  // namespace
