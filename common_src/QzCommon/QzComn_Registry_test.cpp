@@ -119,19 +119,6 @@ TEST_F(RegistryTest, WrongTypeOrSizeIsError13AndNoThrowTwinsReportIt) {
     EXPECT_EQ(2u, error);  // the system's code passes through
 }
 
-TEST_F(RegistryTest, EnumerationNeedsItsOwnOpenAndDeletesRemoveOnlyWhatTheyName) {
-    StringList names;
-    EXPECT_EQ(5u, ErrorOf([&] { store.EnumerateNodes(names); }));  // Create's rights lack it
-    Registry child, reader;
-    child.Create(StorageLocation(HKEY_CURRENT_USER, key.path().c_str()), L"child");
-    reader.OpenForEnumeration(Parent(), key.node());
-    EXPECT_TRUE(reader.EnumerateNodes(names));
-    EXPECT_EQ(StringList{L"child"}, names);
-    EXPECT_NE(0u, ErrorOf([&] { store.DeleteNode(); }));  // it has a sub-key
-    EXPECT_TRUE(child.DeleteNode() && store.DeleteNode());
-    EXPECT_EQ(2u, ErrorOf([&] { reader.Open(Parent(), key.node()); }));
-}
-
 // Callers log the error code and the source file of the module.
 TEST_F(RegistryTest, ClosedStoresAnswerError6AndAFailedOpenLeavesTheStoreClosed) {
     auto error = Capture<Exception>([&] { Registry().Close(false); });

@@ -40,17 +40,6 @@ TEST(StringFormat, AFormatThatNeverFitsEndsAsError6AndLeavesTheOutput) {
 }
 #endif
 
-TEST(TrailingBackslash, AddsOrRemovesExactlyOne) {
-    std::wstring empty, drive = L"C:", dir = L"C:\\dir\\";
-    AddTrailingBackslash(empty);
-    AddTrailingBackslash(drive);
-    AddTrailingBackslash(dir);
-    EXPECT_EQ(L"|C:\\|C:\\dir\\", empty + L"|" + drive + L"|" + dir);
-    RemoveTrailingBackslash(dir);
-    RemoveTrailingBackslash(dir);
-    EXPECT_EQ(L"C:\\dir", dir);  // one at a time
-}
-
 // A thrown pointer is owned once; other types pass through untouched (the
 // sanitizer's leak check sees any exception left behind).
 TEST(ExceptionOwnership, CaptureOwnsItsTypeAndLetsOthersThrough) {

@@ -48,13 +48,8 @@ std::wstring WideOf(const fs::path& path) {
 
 }  // namespace
 
-TempFolder::TempFolder() {
-    for (int attempt = 0; attempt < 100 && m_dir.empty(); ++attempt) {
-        fs::path candidate = fs::temp_directory_path() / ("velk_test_" + Unique());
-        if (fs::create_directory(candidate))
-            m_dir = candidate;
-    }
-    if (m_dir.empty())
+TempFolder::TempFolder() : m_dir(fs::temp_directory_path() / ("velk_test_" + Unique())) {
+    if (!fs::create_directory(m_dir))
         throw std::runtime_error("no temporary folder");
     m_path = WideOf(m_dir) + static_cast<wchar_t>(fs::path::preferred_separator);
 }

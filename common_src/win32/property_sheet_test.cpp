@@ -39,16 +39,12 @@ class TestSheet : public PropertySheet {
 public:
     bool swallowing = true;
     int swallowed = 0;
-    std::vector<UINT> script;
+    std::vector<std::pair<UINT, WPARAM>> script;  // messages posted once the sheet is up
 
 protected:
     void OnInitialized() override {
-        for (UINT id : script) {
-            if (id == SC_CLOSE)
-                ::PostMessageW(hwnd(), WM_SYSCOMMAND, SC_CLOSE, 0);
-            else
-                ::PostMessageW(hwnd(), id == kStopSwallowing ? id : WM_COMMAND, id, 0);
-        }
+        for (const auto& [msg, wp] : script)
+            ::PostMessageW(hwnd(), msg, wp, 0);
     }
     bool ProcessMessage(UINT msg, WPARAM wp, LPARAM, LRESULT& result) override {
         if (msg == kStopSwallowing) {
@@ -76,7 +72,8 @@ TEST(PropertySheet, SwallowsClosingCommandsAndAppliesOnlyShownPagesThatMayRefuse
     TestSheet sheet;
     sheet.AddPage(first);
     sheet.AddPage(second);
-    sheet.script = {IDOK, IDCANCEL, SC_CLOSE, kStopSwallowing, IDOK, IDCANCEL};
+    sheet.script = {{WM_COMMAND, IDOK},     {WM_COMMAND, IDCANCEL}, {WM_SYSCOMMAND, SC_CLOSE},
+                    {kStopSwallowing, 0},   {WM_COMMAND, IDOK},     {WM_COMMAND, IDCANCEL}};
     EXPECT_EQ(0, sheet.DoModal(nullptr, L"Sheet", PSH_NOAPPLYNOW));
 
     EXPECT_EQ(3, sheet.swallowed);
