@@ -6,19 +6,14 @@ namespace QzCommon {
 namespace String {
 namespace {
 
-void ExpectWhole(size_t length) {
-    const std::wstring text(length, L'x');
-    std::wstring out = L"old";
-    Format(out, L"%ls", text.c_str());
-    EXPECT_EQ(text, out) << "length " << length;
-}
-
 TEST(StringFormat, KeepsTextWholeAroundEveryBufferBoundary) {
     // 255 characters fill the first 256-character buffer exactly; 256 needs
     // the second pass, 511/512 the boundary after that.
-    for (size_t length : {0u, 255u, 256u, 511u, 512u, 3000u})
-        ExpectWhole(length);
-    std::wstring out;
+    std::wstring out = L"old";
+    for (size_t length : {0u, 255u, 256u, 511u, 512u, 3000u}) {
+        Format(out, L"%ls", std::wstring(length, L'x').c_str());
+        EXPECT_EQ(std::wstring(length, L'x'), out) << "length " << length;
+    }
     Format(out, L"%u|%ls|%d", 4294967295u, L"mid", -7);
     EXPECT_EQ(L"4294967295|mid|-7", out);
 }

@@ -1,5 +1,5 @@
-// The life cycle of the three kinds of objects behind windows (our own
-// windows, dialogs, subclassed windows we did not create) and the
+// The life cycle of the objects behind windows (our own windows, dialogs,
+// property sheets and pages, subclassed windows we did not create) and the
 // reflection of control notifications between them.
 #include "common_src/win32/window.h"
 
@@ -14,6 +14,7 @@
 #include "common_src/win32/dialog.h"
 #include "common_src/win32/dialog_template_test_util.h"
 #include "common_src/win32/entry_scope.h"
+#include "common_src/win32/property_sheet.h"
 #include "common_src/win32/reflection.h"
 #include "common_src/win32/subclassed_window.h"
 #include "common_src/win32/window_class.h"
@@ -182,7 +183,7 @@ LRESULT CALLBACK OtherSubclass(HWND hwnd, UINT msg, WPARAM wp, LPARAM lp, UINT_P
     return ::DefSubclassProc(hwnd, msg, wp, lp) + (msg == WM_GETTEXTLENGTH ? 10 : 0);
 }
 
-TEST(SubclassedWindow, ChainsWithOtherSubclassesInAnyOrderAndLeavesOnDestroy) {
+TEST(SubclassedWindow, ChainsWithOtherSubclassesInAnyOrder) {
     HWND hwnd = ::CreateWindowExW(0, L"STATIC", L"abc", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
                                   nullptr, nullptr);
     ASSERT_NE(nullptr, hwnd);
@@ -198,13 +199,7 @@ TEST(SubclassedWindow, ChainsWithOtherSubclassesInAnyOrderAndLeavesOnDestroy) {
     ours.Detach();
     EXPECT_EQ(nullptr, SubclassedWindow::FromHandle(hwnd));
     EXPECT_EQ(13, ::SendMessageW(hwnd, WM_GETTEXTLENGTH, 0, 0));
-
-    Recorder<SubclassedWindow> again;
-    ASSERT_TRUE(again.Attach(hwnd));
     ::DestroyWindow(hwnd);
-    EXPECT_EQ(hwnd, again.final_hwnd);
-    EXPECT_FALSE(again.attached());
-    EXPECT_EQ(WM_NCDESTROY, again.seen.back());
 }
 
 // Colour messages answer with the brush as the procedure's result, others
@@ -213,7 +208,6 @@ TEST(SubclassedWindow, ChainsWithOtherSubclassesInAnyOrderAndLeavesOnDestroy) {
 TEST_F(WindowTest, DialogsAnswerTheirWayAndReflectToTheObjectsOfTheirControls) {
     testing::DialogTemplate t(WS_POPUP, 150, 60);
     t.Control(L"BUTTON", 100, BS_PUSHBUTTON, 5, 5, 40, 14)
-        .Control(TRACKBAR_CLASSW, 101, 0, 5, 25, 40, 14)
         .Control(L"BUTTON", 103, BS_PUSHBUTTON, 50, 25, 40, 14);
     Recorder<Dialog> host;
     HWND dlg = host.CreateModelessIndirect(t.get(), nullptr);
@@ -224,11 +218,9 @@ TEST_F(WindowTest, DialogsAnswerTheirWayAndReflectToTheObjectsOfTheirControls) {
     EXPECT_EQ(0, ::SendMessageW(dlg, kThrow, 0, 0));
     EXPECT_EQ(4, ::SendMessageW(dlg, kAnswer, 2, 0));
 
-    HWND button = ::GetDlgItem(dlg, 100), slider = ::GetDlgItem(dlg, 101);
-    HWND stock = ::GetDlgItem(dlg, 103);
-    Recorder<SubclassedWindow> button_object, slider_object;
+    HWND button = ::GetDlgItem(dlg, 100), stock = ::GetDlgItem(dlg, 103);
+    Recorder<SubclassedWindow> button_object;
     ASSERT_TRUE(button_object.Attach(button));
-    ASSERT_TRUE(slider_object.Attach(slider));
     Recorder<Window> own_object;
     HWND own = own_object.Create(kClass, dlg, WS_CHILD, 0, RECT{0, 0, 5, 5}, L"", 104);
     ASSERT_NE(nullptr, own);
@@ -236,7 +228,6 @@ TEST_F(WindowTest, DialogsAnswerTheirWayAndReflectToTheObjectsOfTheirControls) {
     own_object.reflected_answer = 99;
 
     ::SendMessageW(dlg, WM_COMMAND, MAKEWPARAM(100, BN_CLICKED), reinterpret_cast<LPARAM>(button));
-    ::SendMessageW(dlg, WM_HSCROLL, TB_THUMBPOSITION, reinterpret_cast<LPARAM>(slider));
     MEASUREITEMSTRUCT mis{};
     mis.CtlType = ODT_BUTTON;
     mis.CtlID = 100;
@@ -249,8 +240,6 @@ TEST_F(WindowTest, DialogsAnswerTheirWayAndReflectToTheObjectsOfTheirControls) {
     dis.hwndItem = own;
     ::SendMessageW(dlg, WM_DRAWITEM, 104, reinterpret_cast<LPARAM>(&dis));
     EXPECT_TRUE(button_object.SawReflected(WM_COMMAND) && button_object.SawReflected(WM_MEASUREITEM));
-    EXPECT_TRUE(slider_object.SawReflected(WM_HSCROLL));
-    EXPECT_FALSE(slider_object.SawReflected(WM_COMMAND));
     EXPECT_TRUE(own_object.SawReflected(WM_NOTIFY) && own_object.SawReflected(WM_DRAWITEM));
 
     // Menus, menu drawing and controls without an object are not reflected;
@@ -266,10 +255,14 @@ TEST_F(WindowTest, DialogsAnswerTheirWayAndReflectToTheObjectsOfTheirControls) {
     EXPECT_FALSE(Window::ReflectToControl(WM_COMMAND, 104, reinterpret_cast<LPARAM>(own), r));
     EXPECT_EQ(-1, r);
 
+    // Every object lets go of its window on WM_NCDESTROY.
     ::SendMessageW(dlg, kCloseWith, 0, 0);
     EXPECT_FALSE(::IsWindow(dlg));
     EXPECT_EQ(dlg, host.final_hwnd);
     EXPECT_EQ(nullptr, host.hwnd());
+    EXPECT_EQ(button, button_object.final_hwnd);
+    EXPECT_FALSE(button_object.attached());
+    EXPECT_EQ(WM_NCDESTROY, button_object.seen.back());
 
     Recorder<Dialog> modal;
     modal.close_in_init = 42;
@@ -279,6 +272,84 @@ TEST_F(WindowTest, DialogsAnswerTheirWayAndReflectToTheObjectsOfTheirControls) {
         dlg = modeless.CreateModelessIndirect(t.get(), nullptr);
     }
     EXPECT_FALSE(::IsWindow(dlg)) << "a modeless dialog dies with its object";
+}
+
+constexpr UINT kStopSwallowing = WM_USER + 20;
+
+class TestPage : public PropertyPage {
+public:
+    explicit TestPage(const DLGTEMPLATE* t) : PropertyPage(t) {}
+    HWND init_hwnd = nullptr;
+    int applied = 0;
+    int reset = 0;
+    bool refuse_apply = false;
+
+protected:
+    bool ProcessMessage(UINT msg, WPARAM, LPARAM, LRESULT& result) override {
+        if (msg == WM_INITDIALOG)
+            init_hwnd = hwnd();
+        result = TRUE;
+        return msg == WM_INITDIALOG;
+    }
+    bool OnApply() override {
+        ++applied;
+        return !refuse_apply;
+    }
+    void OnReset() override { ++reset; }
+};
+
+// Swallows OK, Cancel and SC_CLOSE until told to stop, as a sheet does while
+// another settings window is open; plays its script once it is up.
+class TestSheet : public PropertySheet {
+public:
+    bool swallowing = true;
+    int swallowed = 0;
+    std::vector<std::pair<UINT, WPARAM>> script;  // messages posted once the sheet is up
+
+protected:
+    void OnInitialized() override {
+        for (const auto& [msg, wp] : script)
+            ::PostMessageW(hwnd(), msg, wp, 0);
+    }
+    bool ProcessMessage(UINT msg, WPARAM wp, LPARAM, LRESULT& result) override {
+        if (msg == kStopSwallowing) {
+            swallowing = false;
+            return true;
+        }
+        const bool closing = (msg == WM_COMMAND && (LOWORD(wp) == IDOK || LOWORD(wp) == IDCANCEL)) ||
+                             (msg == WM_SYSCOMMAND && (wp & 0xFFF0) == SC_CLOSE);
+        if (!closing || !swallowing)
+            return false;
+        ++swallowed;
+        result = 0;
+        return true;
+    }
+};
+
+const testing::DialogTemplate kPage(WS_CHILD | WS_DISABLED | WS_CAPTION | DS_CONTROL, 150, 80,
+                                    L"Page");
+
+// One session: OK, Cancel and the close box are swallowed, then OK meets a
+// page that refuses to save, then Cancel ends the sheet.
+TEST(PropertySheet, SwallowsClosingCommandsAndAppliesOnlyShownPagesThatMayRefuse) {
+    TestPage first(kPage.get()), second(kPage.get());
+    first.refuse_apply = true;
+    TestSheet sheet;
+    sheet.AddPage(first);
+    sheet.AddPage(second);
+    sheet.script = {{WM_COMMAND, IDOK},     {WM_COMMAND, IDCANCEL}, {WM_SYSCOMMAND, SC_CLOSE},
+                    {kStopSwallowing, 0},   {WM_COMMAND, IDOK},     {WM_COMMAND, IDCANCEL}};
+    EXPECT_EQ(0, sheet.DoModal(nullptr, L"Sheet", PSH_NOAPPLYNOW));
+
+    EXPECT_EQ(3, sheet.swallowed);
+    EXPECT_NE(nullptr, first.init_hwnd);  // the object was found from lParam
+    EXPECT_TRUE(first.shown());
+    EXPECT_FALSE(second.shown());
+    EXPECT_EQ(1, first.applied);
+    EXPECT_EQ(0, second.applied);  // never shown, so never asked to save
+    EXPECT_EQ(1, first.reset);
+    EXPECT_FALSE(sheet.attached());
+    EXPECT_EQ(nullptr, first.hwnd());
 }
 
 }  // namespace

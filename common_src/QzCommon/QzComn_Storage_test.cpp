@@ -1,4 +1,6 @@
+// The stores against the real registry and profile functions.
 #include "common_src/QzCommon/QzComn_Registry.h"
+#include "common_src/QzCommon/QzComn_IniFile.h"
 
 #include <sddl.h>
 
@@ -10,6 +12,7 @@
 #include <vector>
 
 #include "common_src/QzCommon/QzComn_SecurityAttributes.h"
+#include "common_src/QzCommon/QzComn_String.h"
 #include "common_src/QzCommon/QzComn_test_util.h"
 
 // While armed, the store's read buffers (nothrow new[]) end flush against a
@@ -65,18 +68,12 @@ protected:
 TEST_F(RegistryTest, ValuesRoundTripAsTheirRegistryTypes) {
     store.WriteString(L"Text", L"hello");
     store.WriteDword(L"Number", 4294967295u);
-    store.WriteQword(L"Big", 0x0102030405060708ull);
     store.WriteBinary(L"Blob", ByteBuffer{0, 1, 255, 0});
     EXPECT_EQ(L"hello", store.ReadString(L"Text", L"x"));
     EXPECT_EQ(4294967295u, store.ReadDword(L"Number", 0));
     ByteBuffer blob;
     EXPECT_TRUE(store.ReadBinary(L"Blob", blob));
     EXPECT_EQ((ByteBuffer{0, 1, 255, 0}), blob);
-    // What other programs read: a real 64-bit value.
-    DWORD type = 0;
-    EXPECT_EQ(ERROR_SUCCESS, ::RegGetValueW(HKEY_CURRENT_USER, key.path().c_str(), L"Big",
-                                            RRF_RT_ANY, &type, nullptr, nullptr));
-    EXPECT_EQ(static_cast<DWORD>(REG_QWORD), type);
 }
 
 // Every read runs against a buffer that ends at a no-access page.
@@ -193,6 +190,80 @@ TEST_F(RegistryTest, ReadOpensAskNoWriteRightsAndCreatedKeysGetTheProductsRights
     EXPECT_EQ("..\\..\\common_src\\QzCommon\\QzComn_SecurityAttributes", error->m_strSourceFile);
 }
 
+class IniFileTest : public ::testing::Test {
+protected:
+    IniFileTest() { ini.Open(StorageLocation(dir.path().c_str(), L"t.ini"), L"Main"); }
+    void WriteRaw(const wchar_t* key, const std::wstring& value) {
+        ::WritePrivateProfileStringW(L"Main", key, value.c_str(), (dir.path() + L"t.ini").c_str());
+    }
+
+    testing_util::TempFolder dir;
+    IniFile ini;
+};
+
+// Callers log the error code and the source file of the module.
+TEST_F(IniFileTest, AStoreWithoutFileSectionOrNameAnswersError160FromThisModule) {
+    auto error = Capture<Exception>([&] { IniFile().ReadString(L"k", L"d"); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(160u, error->m_dwErrorCode);
+    EXPECT_EQ("..\\..\\common_src\\QzCommon\\QzComn_IniFile", error->m_strSourceFile);
+    EXPECT_EQ(160u, ErrorOf([&] { ini.WriteDword(L"", 1); }));
+    // A failed open leaves the store as it was.
+    EXPECT_EQ(160u, ErrorOf([&] { ini.Open(StorageLocation(L"C:", L"x.ini"), L""); }));
+    EXPECT_EQ(dir.path() + L"t.ini", ini.GetFilePath());  // no doubled backslash
+}
+
+TEST_F(IniFileTest, ReadStringReturnsValuesWholeAcrossBufferBoundaries) {
+    // 255 and 511 characters are n - 1 for the 256- and 512-character buffers,
+    // where a value that fitted and one that was cut look the same.
+    for (size_t length : {255u, 256u, 511u, 2000u}) {
+        const std::wstring value(length, L'v');
+        WriteRaw(L"Long", value);
+        EXPECT_EQ(value, ini.ReadString(L"Long", L"")) << "length " << length;
+    }
+    const std::wstring longDefault(700, L'd');
+    EXPECT_EQ(longDefault, ini.ReadString(L"Absent", longDefault));
+}
+
+TEST_F(IniFileTest, DwordsAreWrittenInDecimalAndReadFromTheLeadingDigits) {
+    EXPECT_TRUE(ini.WriteDword(L"Max", 4294967295u));
+    EXPECT_TRUE(ini.Flush());
+    EXPECT_NE(std::string::npos, dir.ReadFile(L"t.ini").find("Max=4294967295\r\n"));
+    const std::pair<const wchar_t*, DWORD> cases[] = {
+        {L"12abc", 12}, {L"abc", 99}, {L"", 99}, {L"-1", 4294967295u}};
+    for (const auto& [text, expected] : cases) {
+        WriteRaw(L"N", text);
+        EXPECT_EQ(expected, ini.ReadDword(L"N", 99)) << testing::PrintToString(text);
+    }
+}
+
+// A missing folder: the write fails with the system's reason, reads give defaults.
+TEST_F(IniFileTest, FailedWritesCarryTheSystemErrorAndAMissingFileReadsAsDefaults) {
+    IniFile nowhere;
+    nowhere.Open(StorageLocation((dir.path() + L"no\\such").c_str(), L"x.ini"), L"S");
+    const DWORD error = ErrorOf([&] { nowhere.WriteString(L"k", L"v"); });
+    EXPECT_TRUE(error != 0 && error != 160) << error;
+    EXPECT_EQ(L"d", nowhere.ReadString(L"k", L"d"));
+}
+
 }  // namespace
 }  // namespace Storage
+
+namespace String {
+namespace {
+
+TEST(Utf8ToWide, ConvertsMultiByteSequencesAndStopsAtTheFirstZero) {
+    std::wstring out = L"old";
+    std::uint32_t error = 99;
+    EXPECT_TRUE(Utf8ToWide("h\xC3\xA9llo \xE2\x82\xAC \xF0\x9F\x98\x80", out, &error));
+    EXPECT_EQ(L"h\u00e9llo \u20ac \xD83D\xDE00", out);  // the emoji as a surrogate pair
+    EXPECT_EQ(99u, error);
+    EXPECT_TRUE(Utf8ToWide(std::string("ab\0cd", 5), out));
+    EXPECT_EQ(L"ab", out);
+    EXPECT_TRUE(Utf8ToWide("", out));
+    EXPECT_EQ(L"", out);
+}
+
+}  // namespace
+}  // namespace String
 }  // namespace QzCommon
