@@ -56,16 +56,26 @@ DWORD ErrorOf(F&& body) {
     return error ? error->m_dwErrorCode : 0;
 }
 
-class RegistryTest : public ::testing::Test {
+// A registry store on a fresh key under HKCU\Software and a profile store on
+// a fresh file, section "Main".
+class StoreTest : public ::testing::Test {
 protected:
-    RegistryTest() { store.Create(Parent(), key.node()); }
+    StoreTest() {
+        store.Create(Parent(), key.node());
+        ini.Open(StorageLocation(dir.path().c_str(), L"t.ini"), L"Main");
+    }
     StorageLocation Parent() const { return StorageLocation(HKEY_CURRENT_USER, L"Software"); }
+    void WriteRaw(const wchar_t* name, const std::wstring& value) {
+        ::WritePrivateProfileStringW(L"Main", name, value.c_str(), (dir.path() + L"t.ini").c_str());
+    }
 
     testing_util::TempKey key{HKEY_CURRENT_USER};
     Registry store;
+    testing_util::TempFolder dir;
+    IniFile ini;
 };
 
-TEST_F(RegistryTest, ValuesRoundTripAsTheirRegistryTypes) {
+TEST_F(StoreTest, RegistryValuesRoundTripAndAWrongTypeOrSizeIsError13) {
     store.WriteString(L"Text", L"hello");
     store.WriteDword(L"Number", 4294967295u);
     store.WriteBinary(L"Blob", ByteBuffer{0, 1, 255, 0});
@@ -74,10 +84,23 @@ TEST_F(RegistryTest, ValuesRoundTripAsTheirRegistryTypes) {
     ByteBuffer blob;
     EXPECT_TRUE(store.ReadBinary(L"Blob", blob));
     EXPECT_EQ((ByteBuffer{0, 1, 255, 0}), blob);
+
+    const ULONGLONG seven = 7;
+    key.SetRaw(L"Bin4", REG_BINARY, &seven, 4);
+    key.SetRaw(L"Dword8", REG_DWORD, &seven, 8);
+    EXPECT_EQ(13u, ErrorOf([&] { store.ReadDword(L"Bin4", 1); }));
+    EXPECT_EQ(13u, ErrorOf([&] { store.ReadString(L"Number", L""); }));
+    EXPECT_EQ(13u, ErrorOf([&] { store.ReadBinary(L"Number", blob); }));
+    EXPECT_EQ((ByteBuffer{0, 1, 255, 0}), blob);
+    DWORD error = 0;
+    EXPECT_EQ(55u, store.ReadDwordNoThrow(L"Dword8", 55, &error));
+    EXPECT_EQ(13u, error);
+    EXPECT_EQ(L"dflt", store.ReadStringNoThrow(L"Missing", L"dflt", &error));
+    EXPECT_EQ(2u, error);  // the system's code passes through
 }
 
 // Every read runs against a buffer that ends at a no-access page.
-TEST_F(RegistryTest, StringReadsStopAtTheFirstZeroAndNeverReadPastTheBuffer) {
+TEST_F(StoreTest, RegistryStringReadsStopAtTheFirstZeroAndNeverReadPastTheBuffer) {
     key.SetRaw(L"Multi", REG_MULTI_SZ, L"a\0b\0", 10);
     key.SetRaw(L"Expand", REG_EXPAND_SZ, L"%SystemRoot%\\x", 30);
     key.SetRaw(L"Unterminated", REG_SZ, L"abc", 6);
@@ -98,34 +121,56 @@ TEST_F(RegistryTest, StringReadsStopAtTheFirstZeroAndNeverReadPastTheBuffer) {
     g_guardReads = false;
 }
 
-TEST_F(RegistryTest, WrongTypeOrSizeIsError13AndNoThrowTwinsReportIt) {
-    const ULONGLONG seven = 7;
-    key.SetRaw(L"Bin4", REG_BINARY, &seven, 4);
-    key.SetRaw(L"Dword8", REG_DWORD, &seven, 8);
-    key.SetRaw(L"Dword", REG_DWORD, &seven, 4);
-    ByteBuffer out{9};
-    EXPECT_EQ(13u, ErrorOf([&] { store.ReadDword(L"Bin4", 1); }));
-    EXPECT_EQ(13u, ErrorOf([&] { store.ReadString(L"Dword", L""); }));
-    EXPECT_EQ(13u, ErrorOf([&] { store.ReadBinary(L"Dword", out); }));
-    EXPECT_EQ((ByteBuffer{9}), out);
-
-    DWORD error = 0;
-    EXPECT_EQ(55u, store.ReadDwordNoThrow(L"Dword8", 55, &error));
-    EXPECT_EQ(13u, error);
-    EXPECT_EQ(L"dflt", store.ReadStringNoThrow(L"Missing", L"dflt", &error));
-    EXPECT_EQ(2u, error);  // the system's code passes through
-}
-
-// Callers log the error code and the source file of the module.
-TEST_F(RegistryTest, ClosedStoresAnswerError6AndAFailedOpenLeavesTheStoreClosed) {
+// Callers log the error code and the source file of the module. A failed
+// open leaves a registry store closed and a profile store as it was.
+TEST_F(StoreTest, ErrorsCarryTheirCodeAndModuleAndFailedOpensLeaveTheStoreSafe) {
     auto error = Capture<Exception>([&] { Registry().Close(false); });
     ASSERT_TRUE(error);
     EXPECT_EQ(6u, error->m_dwErrorCode);
     EXPECT_EQ("..\\..\\common_src\\QzCommon\\QzComn_Registry", error->m_strSourceFile);
+    error = Capture<Exception>([&] { IniFile().ReadString(L"k", L"d"); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(160u, error->m_dwErrorCode);
+    EXPECT_EQ("..\\..\\common_src\\QzCommon\\QzComn_IniFile", error->m_strSourceFile);
+
     EXPECT_EQ(160u, ErrorOf([&] { store.Open(HKEY(nullptr), L"Software", kView64); }));
     EXPECT_EQ(2u, ErrorOf([&] { store.Open(Parent(), key.node() + L"\\missing"); }));
     EXPECT_FALSE(store.IsOpen());
     EXPECT_EQ(6u, ErrorOf([&] { store.ReadString(L"k", L""); }));
+    EXPECT_EQ(160u, ErrorOf([&] { ini.WriteDword(L"", 1); }));
+    EXPECT_EQ(160u, ErrorOf([&] { ini.Open(StorageLocation(L"C:", L"x.ini"), L""); }));
+    EXPECT_EQ(dir.path() + L"t.ini", ini.GetFilePath());  // no doubled backslash
+
+    // A missing folder: the write fails with the system's reason, reads give defaults.
+    IniFile nowhere;
+    nowhere.Open(StorageLocation((dir.path() + L"no\\such").c_str(), L"x.ini"), L"S");
+    const DWORD failed = ErrorOf([&] { nowhere.WriteString(L"k", L"v"); });
+    EXPECT_TRUE(failed != 0 && failed != 160) << failed;
+    EXPECT_EQ(L"d", nowhere.ReadString(L"k", L"d"));
+}
+
+TEST_F(StoreTest, ProfileReadStringReturnsValuesWholeAcrossBufferBoundaries) {
+    // 255 and 511 characters are n - 1 for the 256- and 512-character buffers,
+    // where a value that fitted and one that was cut look the same.
+    for (size_t length : {255u, 256u, 511u, 2000u}) {
+        const std::wstring value(length, L'v');
+        WriteRaw(L"Long", value);
+        EXPECT_EQ(value, ini.ReadString(L"Long", L"")) << "length " << length;
+    }
+    const std::wstring longDefault(700, L'd');
+    EXPECT_EQ(longDefault, ini.ReadString(L"Absent", longDefault));
+}
+
+TEST_F(StoreTest, ProfileDwordsAreWrittenInDecimalAndReadFromTheLeadingDigits) {
+    EXPECT_TRUE(ini.WriteDword(L"Max", 4294967295u));
+    EXPECT_TRUE(ini.Flush());
+    EXPECT_NE(std::string::npos, dir.ReadFile(L"t.ini").find("Max=4294967295\r\n"));
+    const std::pair<const wchar_t*, DWORD> cases[] = {
+        {L"12abc", 12}, {L"abc", 99}, {L"", 99}, {L"-1", 4294967295u}};
+    for (const auto& [text, expected] : cases) {
+        WriteRaw(L"N", text);
+        EXPECT_EQ(expected, ini.ReadDword(L"N", 99)) << testing::PrintToString(text);
+    }
 }
 
 // What each open asks the system for, seen through the calls: Wine grants
@@ -157,7 +202,7 @@ LONG WINAPI RecordingCreate(HKEY root, LPCWSTR path, DWORD reserved, LPWSTR cls,
     return ::RegCreateKeyExW(root, path, reserved, cls, options, access, security, out, disp);
 }
 
-TEST_F(RegistryTest, ReadOpensAskNoWriteRightsAndCreatedKeysGetTheProductsRights) {
+TEST_F(StoreTest, ReadOpensAskNoWriteRightsAndCreatedKeysGetTheProductsRights) {
     const detail::RegistryOpenCalls saved = detail::ActiveRegistryOpenCalls();
     detail::ActiveRegistryOpenCalls() = {&RecordingOpen, &RecordingCreate};
     g_access.clear();
@@ -188,62 +233,6 @@ TEST_F(RegistryTest, ReadOpensAskNoWriteRightsAndCreatedKeysGetTheProductsRights
     ASSERT_TRUE(error);
     EXPECT_EQ(50u, error->m_dwErrorCode);
     EXPECT_EQ("..\\..\\common_src\\QzCommon\\QzComn_SecurityAttributes", error->m_strSourceFile);
-}
-
-class IniFileTest : public ::testing::Test {
-protected:
-    IniFileTest() { ini.Open(StorageLocation(dir.path().c_str(), L"t.ini"), L"Main"); }
-    void WriteRaw(const wchar_t* key, const std::wstring& value) {
-        ::WritePrivateProfileStringW(L"Main", key, value.c_str(), (dir.path() + L"t.ini").c_str());
-    }
-
-    testing_util::TempFolder dir;
-    IniFile ini;
-};
-
-// Callers log the error code and the source file of the module.
-TEST_F(IniFileTest, AStoreWithoutFileSectionOrNameAnswersError160FromThisModule) {
-    auto error = Capture<Exception>([&] { IniFile().ReadString(L"k", L"d"); });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(160u, error->m_dwErrorCode);
-    EXPECT_EQ("..\\..\\common_src\\QzCommon\\QzComn_IniFile", error->m_strSourceFile);
-    EXPECT_EQ(160u, ErrorOf([&] { ini.WriteDword(L"", 1); }));
-    // A failed open leaves the store as it was.
-    EXPECT_EQ(160u, ErrorOf([&] { ini.Open(StorageLocation(L"C:", L"x.ini"), L""); }));
-    EXPECT_EQ(dir.path() + L"t.ini", ini.GetFilePath());  // no doubled backslash
-}
-
-TEST_F(IniFileTest, ReadStringReturnsValuesWholeAcrossBufferBoundaries) {
-    // 255 and 511 characters are n - 1 for the 256- and 512-character buffers,
-    // where a value that fitted and one that was cut look the same.
-    for (size_t length : {255u, 256u, 511u, 2000u}) {
-        const std::wstring value(length, L'v');
-        WriteRaw(L"Long", value);
-        EXPECT_EQ(value, ini.ReadString(L"Long", L"")) << "length " << length;
-    }
-    const std::wstring longDefault(700, L'd');
-    EXPECT_EQ(longDefault, ini.ReadString(L"Absent", longDefault));
-}
-
-TEST_F(IniFileTest, DwordsAreWrittenInDecimalAndReadFromTheLeadingDigits) {
-    EXPECT_TRUE(ini.WriteDword(L"Max", 4294967295u));
-    EXPECT_TRUE(ini.Flush());
-    EXPECT_NE(std::string::npos, dir.ReadFile(L"t.ini").find("Max=4294967295\r\n"));
-    const std::pair<const wchar_t*, DWORD> cases[] = {
-        {L"12abc", 12}, {L"abc", 99}, {L"", 99}, {L"-1", 4294967295u}};
-    for (const auto& [text, expected] : cases) {
-        WriteRaw(L"N", text);
-        EXPECT_EQ(expected, ini.ReadDword(L"N", 99)) << testing::PrintToString(text);
-    }
-}
-
-// A missing folder: the write fails with the system's reason, reads give defaults.
-TEST_F(IniFileTest, FailedWritesCarryTheSystemErrorAndAMissingFileReadsAsDefaults) {
-    IniFile nowhere;
-    nowhere.Open(StorageLocation((dir.path() + L"no\\such").c_str(), L"x.ini"), L"S");
-    const DWORD error = ErrorOf([&] { nowhere.WriteString(L"k", L"v"); });
-    EXPECT_TRUE(error != 0 && error != 160) << error;
-    EXPECT_EQ(L"d", nowhere.ReadString(L"k", L"d"));
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ namespace {
 using QzCommon::testing_util::TempFolder;
 using QzCommon::testing_util::TempKey;
 
-constexpr LCID kGerman = 0x0407, kSwissGerman = 0x0807, kEnglish = 0x0409, kJapanese = 0x0411;
+constexpr LCID kGerman = 0x0407, kSwissGerman = 0x0807, kJapanese = 0x0411;
 
 std::string Narrow(const std::wstring& text) {
     return std::string(text.begin(), text.end());
@@ -70,17 +70,28 @@ protected:
     Names kernel, downlevel;
 };
 
-TEST_F(LoaderTest, SwissGermanFindsGermanThenEnglishAndFailsWithoutEnglish) {
+TEST_F(LoaderTest, FallsBackFromSwissGermanToGermanAndToEnglishAndLoadsTexts) {
     AddTable(L"de-DE", L"[Main]\r\nIDS_SIZE=Gr\u00f6\u00dfe\r\n");
-    AddTable(L"en-US", L"[Main]\r\nIDS_SIZE=Size\r\n");
+    AddTable(L"en-US", L"[Main]\r\nIDS_TWO=one\\ntwo\\r\\nthree\r\n[Other]\r\nIDS_TWO=other\r\n");
     QzResourceStringLoader swiss(Pretend(kSwissGerman));
     ASSERT_TRUE(swiss.Initialize(L"Main"));
     EXPECT_EQ(L"DE-DE", swiss.GetLanguage());  // primary language, upper-cased by the system
     EXPECT_STREQ(L"Gr\u00f6\u00dfe", swiss.LoadStringW(L"IDS_SIZE"));
 
     QzResourceStringLoader japanese(Pretend(kJapanese));
+    EXPECT_FALSE(japanese.Initialize(L""));
     ASSERT_TRUE(japanese.Initialize(L"Main"));
     EXPECT_EQ(L"en-US", japanese.GetLanguage());
+    // Line escapes expand; a missing id is an empty text, logged, flagged as loaded.
+    EXPECT_STREQ(L"one\ntwo\r\nthree", japanese.LoadStringW(L"IDS_TWO"));
+    EXPECT_STREQ(L"", japanese.LoadStringW(L"IDS_NOPE"));
+    EXPECT_TRUE(japanese.IsStringLoaded());
+    EXPECT_STREQ(L"", japanese.LoadStringW(nullptr));
+    EXPECT_FALSE(japanese.IsStringLoaded());
+    ASSERT_TRUE(japanese.Initialize(L"Other"));
+    EXPECT_STREQ(L"other", japanese.LoadStringW(L"IDS_TWO"));
+    japanese.UnInitialize();
+    EXPECT_STREQ(L"", japanese.LoadStringW(L"IDS_TWO"));
     EXPECT_FALSE(QzResourceStringLoader(Pretend(kSwissGerman, empty.path())).Initialize(L"Main"));
     // The resource folder falls back the same way.
     EXPECT_EQ(res.path() + L"DE-DE\\", swiss.GetResFolderByAutoDetectLanguage());
@@ -103,6 +114,8 @@ TEST_F(LoaderTest, SwissGermanFindsGermanThenEnglishAndFailsWithoutEnglish) {
         L"*** Error occurred!! <en-US> StringTable is not existed: [" + empty.path() +
             L"en-US\\StringTable.ini]",
         L"*** Error occurred!! Resource folder is not existed: [" + empty.path() + L"en-US\\]",
+        L"*** Error! Get string failed. ID: [IDS_NOPE]",
+        L"*** QzCommon::Storage::Exception(): [0x000000a0]",  // the closed table's 160
     });
 }
 
@@ -125,27 +138,6 @@ TEST_F(LoaderTest, DownlevelNamesAreKeptAsTheyAreAndLanguageMapIsTheLastSource) 
     EXPECT_EQ(res.path() + L"en-US\\",
               QzResourceStringLoader(Pretend(kJapanese)).GetResFolderByAutoDetectLanguage());
     ExpectLogged({L"<LanguageMap.ini> Matched Locale Name from [1036] to [fr-FR]"});
-}
-
-TEST_F(LoaderTest, LoadStringExpandsLineEscapesAndKeepsMissingIdsAsEmptySuccesses) {
-    AddTable(L"en-US",
-             L"[Main]\r\nIDS_TWO=one\\ntwo\\r\\nthree\r\n"
-             L"[Other]\r\nIDS_TWO=other section\r\n");
-    QzResourceStringLoader loader(Pretend(kEnglish));
-    EXPECT_FALSE(loader.Initialize(L""));
-    ASSERT_TRUE(loader.Initialize(L"Main"));
-    EXPECT_STREQ(L"one\ntwo\r\nthree", loader.LoadStringW(L"IDS_TWO"));
-    EXPECT_STREQ(L"", loader.LoadStringW(L"IDS_NOPE"));
-    EXPECT_TRUE(loader.IsStringLoaded());  // logged as a failure, flagged as loaded
-    EXPECT_STREQ(L"", loader.LoadStringW(nullptr));
-    EXPECT_FALSE(loader.IsStringLoaded());
-
-    ASSERT_TRUE(loader.Initialize(L"Other"));
-    EXPECT_STREQ(L"other section", loader.LoadStringW(L"IDS_TWO"));
-    loader.UnInitialize();
-    EXPECT_STREQ(L"", loader.LoadStringW(L"IDS_TWO"));
-    ExpectLogged({L"*** Error! Get string failed. ID: [IDS_NOPE]",
-                  L"*** QzCommon::Storage::Exception(): [0x000000a0]"});  // the closed table's 160
 }
 
 TEST_F(LoaderTest, HelpAddressJoinsBaseProductLanguageAndFunctionFromThe64BitView) {
