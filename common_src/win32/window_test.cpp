@@ -113,7 +113,7 @@ protected:
     static void SetUpTestSuite() { ASSERT_NE(0, RegisterWindowClass(kClass)); }
 };
 
-TEST_F(WindowTest, AttachesOnCreateSurvivesThrowingHandlersAndDetachesOnNcDestroy) {
+TEST_F(WindowTest, AttachesOnCreateSurvivesThrowingHandlersAndLetsGoOnNcDestroy) {
     Recorder<Window> w;
     HWND hwnd = w.Create(kClass, nullptr, WS_POPUP, 0, RECT{0, 0, 50, 20}, L"title");
     ASSERT_NE(nullptr, hwnd);
@@ -138,16 +138,14 @@ TEST_F(WindowTest, AttachesOnCreateSurvivesThrowingHandlersAndDetachesOnNcDestro
     EXPECT_TRUE(w.Saw(WM_NCDESTROY));
     EXPECT_EQ(hwnd, w.final_hwnd);
     EXPECT_EQ(nullptr, w.hwnd());
-}
 
-TEST_F(WindowTest, ObjectsMayGoWithTheirWindowAndWindowsWithTheirObject) {
     // A handler destroys its own window and the object deletes itself in
     // that call: the dispatcher must not touch it afterwards.
     int destroyed = 0;
     auto* self_owned = new Recorder<Window>;
     self_owned->delete_on_final = true;
     self_owned->destroyed_count = &destroyed;
-    HWND hwnd = self_owned->Create(kClass, nullptr, WS_POPUP);
+    hwnd = self_owned->Create(kClass, nullptr, WS_POPUP);
     ASSERT_NE(nullptr, hwnd);
     EXPECT_EQ(7, ::SendMessageW(hwnd, kDestroySelf, 0, 0));
     EXPECT_EQ(1, destroyed);
