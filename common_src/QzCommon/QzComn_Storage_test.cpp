@@ -212,9 +212,8 @@ TEST_F(StoreTest, ReadOpensAskNoWriteRightsAndCreatedKeysGetTheProductsRights) {
     ASSERT_EQ(3u, g_access.size());
     for (size_t i = 0; i < g_access.size(); ++i) {
         EXPECT_EQ(KEY_WOW64_32KEY, g_access[i] & (KEY_WOW64_32KEY | KEY_WOW64_64KEY)) << i;
-        if (i != 0) {  // Open and OpenForEnumeration read only
-            EXPECT_EQ(0u, g_access[i] & ~(KEY_READ | KEY_WOW64_32KEY)) << i;
-        }
+        const REGSAM beyond_reading = g_access[i] & ~(KEY_READ | KEY_WOW64_32KEY);
+        EXPECT_EQ(i == 0, beyond_reading != 0) << i;  // only Create asks to write
     }
     // The installer and the scanning process were built against exactly
     // these rights, in this order, on the keys the add-in creates.
@@ -225,11 +224,6 @@ TEST_F(StoreTest, ReadOpensAskNoWriteRightsAndCreatedKeysGetTheProductsRights) {
     EXPECT_EQ(rights, g_createRights);
     // A kind the table does not know builds no descriptor.
     EXPECT_EQ(nullptr, AccessControl::SecurityAttributes(13, true).Get()->lpSecurityDescriptor);
-    auto error = Capture<AccessControl::Exception>(
-        [] { AccessControl::BuildSecurityDescriptor(0xFFFFFFFFu); });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(50u, error->m_dwErrorCode);
-    EXPECT_EQ("..\\..\\common_src\\QzCommon\\QzComn_SecurityAttributes", error->m_strSourceFile);
 }
 
 }  // namespace
@@ -246,8 +240,6 @@ TEST(Utf8ToWide, ConvertsMultiByteSequencesAndStopsAtTheFirstZero) {
     EXPECT_EQ(99u, error);
     EXPECT_TRUE(Utf8ToWide(std::string("ab\0cd", 5), out));
     EXPECT_EQ(L"ab", out);
-    EXPECT_TRUE(Utf8ToWide("", out));
-    EXPECT_EQ(L"", out);
 }
 
 }  // namespace

@@ -12,11 +12,7 @@ TEST(BenchSummary, MedianOfOddAndEvenCountsAndTheSlowOutlierInTheP99) {
     // p99 of 1..200 is the 198th value: one slow outlier in a hundred is seen.
     for (int i = 200; i >= 1; --i)
         many.push_back(i);
-    const Stats s = Summarise(many);
-    EXPECT_EQ(200u, s.samples);
-    EXPECT_DOUBLE_EQ(198, s.p99_us);
-    EXPECT_DOUBLE_EQ(1, s.min_us);
-    EXPECT_DOUBLE_EQ(200, s.max_us);
+    EXPECT_DOUBLE_EQ(198, Summarise(many).p99_us);
 }
 
 }  // namespace

@@ -12,7 +12,6 @@
 namespace {
 
 using QzCommon::testing_util::TempFolder;
-using QzCommon::testing_util::TempKey;
 
 constexpr LCID kGerman = 0x0407, kSwissGerman = 0x0807, kJapanese = 0x0411;
 
@@ -141,13 +140,13 @@ TEST_F(LoaderTest, DownlevelNamesAreKeptAsTheyAreAndLanguageMapIsTheLastSource) 
 }
 
 TEST_F(LoaderTest, HelpAddressJoinsBaseProductLanguageAndFunctionFromThe64BitView) {
-    TempKey product(HKEY_LOCAL_MACHINE, KEY_WOW64_64KEY);
+    QzCommon::testing_util::TempKey product(HKEY_LOCAL_MACHINE, KEY_WOW64_64KEY);
     product.SetRaw(L"HelpUrl", REG_SZ, L"http://help.example/oe", 46);
     product.SetRaw(L"Pid", REG_SZ, L"P100", 10);
-    TempKey only32(HKEY_LOCAL_MACHINE, KEY_WOW64_32KEY);
+    QzCommon::testing_util::TempKey only32(HKEY_LOCAL_MACHINE, KEY_WOW64_32KEY);
     only32.SetRaw(L"HelpUrl", REG_SZ, L"http://h", 18);
     only32.SetRaw(L"Pid", REG_SZ, L"P", 4);
-    auto writeIni = [&](const wchar_t* file, const TempKey& key) {
+    auto writeIni = [&](const wchar_t* file, const auto& key) {
         res.WriteFile(file, Narrow(L"[OnlinHelp]\r\nProductRootRegKey=" + key.path() +
                                    L"\r\nURLKey=HelpUrl\r\nPIDKey=Pid\r\nSettings=F7\r\n"));
         return res.path() + file;
