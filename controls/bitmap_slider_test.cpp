@@ -8,63 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "common_src/win32/dialog_template_test_util.h"
+#include "controls/tab_strip.h"
+
 namespace velk::controls {
 namespace {
 
 constexpr int kSliderId = 100;
-
-// A dialog with one static placeholder of `cx` x `cy` dialog units and an OK
-// button after it, as a settings template holds them.
-std::vector<WORD> DialogTemplate(short cx, short cy) {
-    std::vector<WORD> words;
-    auto push = [&](const void* data, size_t bytes) {
-        const WORD* w = static_cast<const WORD*>(data);
-        words.insert(words.end(), w, w + bytes / 2);
-    };
-    auto align = [&] {
-        if (words.size() % 2)
-            words.push_back(0);
-    };
-    auto text = [&](const wchar_t* s) {
-        for (; *s; ++s)
-            words.push_back(*s);
-        words.push_back(0);
-    };
-    DLGTEMPLATE dt{};
-    dt.style = WS_POPUP | WS_VISIBLE | DS_SETFONT;
-    dt.cdit = 2;
-    dt.cx = 200;
-    dt.cy = 150;
-    push(&dt, sizeof(dt));
-    words.insert(words.end(), {0, 0});  // no menu, standard class
-    text(L"Slider");
-    words.push_back(8);
-    text(L"MS Shell Dlg");
-    const struct {
-        DWORD style;
-        short x, y, cx, cy;
-        WORD id;
-        WORD atom;
-    } items[] = {
-        {WS_CHILD | WS_VISIBLE | WS_TABSTOP | SS_NOTIFY, 10, 10, cx, cy, kSliderId, 0x0082},
-        {WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_DEFPUSHBUTTON, 140, 120, 50, 14, IDOK, 0x0080},
-    };
-    for (const auto& item : items) {
-        align();
-        DLGITEMTEMPLATE it{};
-        it.style = item.style;
-        it.x = item.x;
-        it.y = item.y;
-        it.cx = item.cx;
-        it.cy = item.cy;
-        it.id = item.id;
-        push(&it, sizeof(it));
-        words.insert(words.end(), {0xFFFF, item.atom});
-        text(L"");
-        words.push_back(0);  // no creation data
-    }
-    return words;
-}
 
 struct Notice {
     UINT msg;
@@ -84,10 +34,13 @@ class SliderInDialog : public ::testing::Test {
 protected:
     void Open(short cx, short cy) {
         g_notices = &notices_;
-        words_ = DialogTemplate(cx, cy);
-        dialog_ = ::CreateDialogIndirectParamW(::GetModuleHandleW(nullptr),
-                                               reinterpret_cast<const DLGTEMPLATE*>(words_.data()),
-                                               nullptr, &RecordingProc, 0);
+        // A static placeholder and an OK button after it, as a settings
+        // template holds them.
+        win32::testing::DialogTemplate t(WS_POPUP | WS_VISIBLE, 200, 150, L"Slider");
+        t.Control(L"STATIC", kSliderId, WS_TABSTOP | SS_NOTIFY, 10, 10, cx, cy)
+            .Control(L"BUTTON", IDOK, WS_TABSTOP | BS_DEFPUSHBUTTON, 140, 120, 50, 14);
+        dialog_ = ::CreateDialogIndirectParamW(::GetModuleHandleW(nullptr), t.get(), nullptr,
+                                               &RecordingProc, 0);
         ASSERT_NE(nullptr, dialog_);
         slider_.SetStops({L"High", L"Medium", L"Low"}, {L"tip high", L"tip medium", L"tip low"},
                          true);
@@ -117,7 +70,6 @@ protected:
         return text;
     }
 
-    std::vector<WORD> words_;
     std::vector<Notice> notices_;
     HWND dialog_ = nullptr;
     HWND control_ = nullptr;
@@ -209,7 +161,9 @@ win32::unique_hbitmap ThumbStrip(const COLORREF (&frames)[4]) {
     return strip;
 }
 
-COLORREF ThumbCentre(HWND control, int x, int y) {
+// The colour at (x, y) as the control paints itself (WM_PRINTCLIENT: no
+// screen involved).
+COLORREF PrintedPixel(HWND control, int x, int y) {
     RECT client{};
     ::GetClientRect(control, &client);
     HDC screen = ::GetDC(nullptr);
@@ -243,10 +197,78 @@ TEST_F(SliderInDialog, DrawsTheStateFrameOfItsThumbsAndSurvivesABrokenFile) {
     ::SendMessageW(control_, TBM_SETPOS, TRUE, 0);
     const SliderRect at = slider_.geometry().Thumb(0);
     const int cx = (at.left + at.right) / 2, cy = (at.top + at.bottom) / 2;
-    EXPECT_EQ(frames[0], ThumbCentre(control_, cx, cy));
-    EXPECT_NE(RGB(255, 0, 255), ThumbCentre(control_, at.left, at.top)) << "the key is see-through";
+    EXPECT_EQ(frames[0], PrintedPixel(control_, cx, cy));
+    EXPECT_NE(RGB(255, 0, 255), PrintedPixel(control_, at.left, at.top)) << "the key is see-through";
     ::EnableWindow(control_, FALSE);
-    EXPECT_EQ(frames[3], ThumbCentre(control_, cx, cy));
+    EXPECT_EQ(frames[3], PrintedPixel(control_, cx, cy));
+}
+
+class TabStripTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        INITCOMMONCONTROLSEX icc{sizeof(icc), ICC_TAB_CLASSES};
+        ::InitCommonControlsEx(&icc);
+        frame_ = ::CreateWindowExW(0, L"Static", L"", WS_POPUP | WS_VISIBLE, 20, 20, 400, 200,
+                                   nullptr, nullptr, nullptr, nullptr);
+        tab_ = ::CreateWindowExW(0, WC_TABCONTROLW, L"", WS_CHILD | WS_VISIBLE, 0, 0, 400, 200,
+                                 frame_, nullptr, nullptr, nullptr);
+        ASSERT_NE(nullptr, tab_);
+        ::SendMessageW(tab_, WM_SETFONT,
+                       reinterpret_cast<WPARAM>(::GetStockObject(DEFAULT_GUI_FONT)), 0);
+        const wchar_t* titles[] = {L"Detection", L"Links", L"Senders"};
+        for (int i = 0; i < 3; ++i) {
+            TCITEMW item{};
+            item.mask = TCIF_TEXT;
+            item.pszText = const_cast<wchar_t*>(titles[i]);
+            ::SendMessageW(tab_, TCM_INSERTITEMW, i, reinterpret_cast<LPARAM>(&item));
+        }
+    }
+    void TearDown() override { ::DestroyWindow(frame_); }
+
+    RECT Item(int i) {
+        RECT r{};
+        ::SendMessageW(tab_, TCM_GETITEMRECT, i, reinterpret_cast<LPARAM>(&r));
+        return r;
+    }
+    // Inside tab i, clear of its text and its frame.
+    COLORREF FillOf(int i) {
+        const RECT r = Item(i);
+        return PrintedPixel(tab_, r.left + 4, r.bottom - 3);
+    }
+
+    HWND frame_ = nullptr;
+    HWND tab_ = nullptr;
+};
+
+TEST_F(TabStripTest, PaintsSelectedAndHotTabsInTheProductsColours) {
+    const TabStripColours colours;
+    TabStrip strip(colours);
+    ASSERT_TRUE(strip.TakeOver(tab_));
+    EXPECT_EQ(TabStrip::kItemHeight, Item(0).bottom - Item(0).top);
+
+    ::SendMessageW(tab_, TCM_SETCURSEL, 1, 0);
+    const RECT second = Item(1);
+    ::SendMessageW(tab_, WM_MOUSEMOVE, 0, MAKELPARAM(Item(2).left + 5, Item(2).top + 5));
+    EXPECT_EQ(2, strip.hot_item());
+
+    EXPECT_EQ(colours.selected, FillOf(1));
+    EXPECT_EQ(colours.hot, FillOf(2));
+    EXPECT_EQ(colours.face, FillOf(0));
+    // The open tab carries the accent line on top and opens into the page.
+    EXPECT_EQ(colours.accent, PrintedPixel(tab_, second.left + 4, second.top - 1));
+    EXPECT_EQ(colours.selected, PrintedPixel(tab_, second.left + 4, second.bottom));
+    EXPECT_EQ(colours.border, PrintedPixel(tab_, Item(0).left + 4, Item(0).bottom));
+
+    // The mouse leaves: nothing is hot any more.
+    ::SendMessageW(tab_, WM_MOUSELEAVE, 0, 0);
+    EXPECT_EQ(-1, strip.hot_item());
+    EXPECT_EQ(colours.face, FillOf(2));
+
+    // Selection still works the stock way (the strip only paints).
+    ::SendMessageW(tab_, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(Item(0).left + 5, Item(0).top + 5));
+    ::SendMessageW(tab_, WM_LBUTTONUP, 0, MAKELPARAM(Item(0).left + 5, Item(0).top + 5));
+    EXPECT_EQ(0, ::SendMessageW(tab_, TCM_GETCURSEL, 0, 0));
+    EXPECT_EQ(colours.selected, FillOf(0));
 }
 
 }  // namespace

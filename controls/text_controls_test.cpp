@@ -8,53 +8,31 @@
 #include <vector>
 
 #include "common_src/win32/dialog.h"
+#include "common_src/win32/dialog_template_test_util.h"
 #include "controls/digit_edit.h"
 #include "controls/ext_static.h"
 
 namespace velk::controls {
 namespace {
 
+using win32::testing::DialogTemplate;
+
+// A modeless dialog around the given controls; counts the OK commands.
 class HostDialog : public win32::Dialog {
 public:
-    HostDialog() {
-        DLGTEMPLATE dt{};
-        dt.style = WS_POPUP | WS_CAPTION | DS_SETFONT;
-        dt.cx = 200;
-        dt.cy = 80;
-        const WORD* head = reinterpret_cast<const WORD*>(&dt);
-        words_.assign(head, head + sizeof(dt) / sizeof(WORD));
-        words_.insert(words_.end(), {0, 0, 0, 8});  // no menu, class, title; 8 pt
-        for (const wchar_t* f = L"MS Shell Dlg"; *f; ++f)
-            words_.push_back(*f);
-        words_.push_back(0);
-        CreateModelessIndirect(reinterpret_cast<const DLGTEMPLATE*>(words_.data()), nullptr);
-    }
-    ~HostDialog() override = default;
-
-    HWND Add(const wchar_t* cls, const wchar_t* text, DWORD style, int id) {
-        HWND child = ::CreateWindowExW(0, cls, text, WS_CHILD | WS_VISIBLE | style, 10, 10 + id % 10 * 22,
-                                       200, 20, hwnd(), reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-                                       nullptr, nullptr);
-        ::SendMessageW(child, WM_SETFONT, ::SendMessageW(hwnd(), WM_GETFONT, 0, 0), FALSE);
-        return child;
-    }
+    explicit HostDialog(const DialogTemplate& t) { CreateModelessIndirect(t.get(), nullptr); }
+    HWND Item(int id) const { return ::GetDlgItem(hwnd(), id); }
     int ok_commands = 0;
 
 protected:
     bool ProcessMessage(UINT msg, WPARAM wp, LPARAM, LRESULT& result) override {
-        if (msg == WM_INITDIALOG) {
-            result = TRUE;
-            return true;
-        }
         if (msg == WM_COMMAND && LOWORD(wp) == IDOK) {
             ++ok_commands;
             return true;
         }
-        return false;
+        result = TRUE;
+        return msg == WM_INITDIALOG;
     }
-
-private:
-    std::vector<WORD> words_;
 };
 
 std::wstring TextOf(HWND hwnd) {
@@ -76,8 +54,9 @@ bool PutOnClipboard(HWND owner, const std::wstring& text) {
 }
 
 TEST(DigitEdit, RefusesTypedAndPastedNonDigits) {
-    HostDialog dialog;
-    HWND edit = dialog.Add(L"EDIT", L"", WS_BORDER | ES_AUTOHSCROLL, 1);
+    HostDialog dialog(DialogTemplate(WS_POPUP, 200, 80)
+                          .Control(L"EDIT", 1, WS_BORDER | ES_AUTOHSCROLL, 10, 10, 100, 14));
+    HWND edit = dialog.Item(1);
     DigitEdit digits;
     ASSERT_TRUE(digits.Attach(edit));
 
@@ -117,9 +96,11 @@ struct OpenLog {
 };
 
 TEST(ExtStatic, LinkOpensItsTextByMouseAndKeyboardAndKeepsItAsWindowText) {
-    HostDialog dialog;
-    HWND button = dialog.Add(L"BUTTON", L"OK", WS_TABSTOP | BS_DEFPUSHBUTTON, IDOK);
-    HWND label = dialog.Add(L"STATIC", L"https://example.test/a?b=1&c=2", 0, 2);
+    HostDialog dialog(DialogTemplate(WS_POPUP, 200, 80)
+                          .Control(L"BUTTON", IDOK, WS_TABSTOP | BS_DEFPUSHBUTTON, 10, 10, 50, 14)
+                          .Control(L"STATIC", 2, 0, 10, 30, 150, 10));
+    HWND button = dialog.Item(IDOK), label = dialog.Item(2);
+    ::SetWindowTextW(label, L"https://example.test/a?b=1&c=2");
     ExtStatic link;
     ASSERT_TRUE(link.Attach(label));
     OpenLog log;
@@ -159,10 +140,11 @@ TEST(ExtStatic, LinkOpensItsTextByMouseAndKeyboardAndKeepsItAsWindowText) {
 }
 
 TEST(ExtStatic, AnswersThePaintingOfItsTextThroughTheParent) {
-    HostDialog dialog;
-    HWND plain = dialog.Add(L"STATIC", L"plain", 0, 1);
-    HWND clear = dialog.Add(L"STATIC", L"clear", 0, 2);
-    HWND framed = dialog.Add(L"STATIC", L"framed", 0, 3);
+    HostDialog dialog(DialogTemplate(WS_POPUP, 200, 80)
+                          .Control(L"STATIC", 1, 0, 10, 10, 100, 10)
+                          .Control(L"STATIC", 2, 0, 10, 25, 100, 10)
+                          .Control(L"STATIC", 3, 0, 10, 40, 100, 10));
+    HWND plain = dialog.Item(1), clear = dialog.Item(2), framed = dialog.Item(3);
     ExtStatic untouched, transparent, coloured;
     ASSERT_TRUE(untouched.Attach(plain));
     ASSERT_TRUE(transparent.Attach(clear));
