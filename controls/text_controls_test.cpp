@@ -85,70 +85,30 @@ TEST(DigitEdit, RefusesTypedAndPastedNonDigits) {
     EXPECT_EQ(L"30d", TextOf(edit));
 }
 
-struct OpenLog {
-    std::vector<std::wstring> opened;
-    ExtStatic::Opener opener() {
-        return [this](HWND, const std::wstring& target) {
-            opened.push_back(target);
-            return true;
-        };
-    }
-};
-
-TEST(ExtStatic, LinkOpensItsTextByMouseAndKeyboardAndKeepsItAsWindowText) {
-    HostDialog dialog(DialogTemplate(WS_POPUP, 200, 80)
-                          .Control(L"BUTTON", IDOK, WS_TABSTOP | BS_DEFPUSHBUTTON, 10, 10, 50, 14)
-                          .Control(L"STATIC", 2, 0, 10, 30, 150, 10));
-    HWND button = dialog.Item(IDOK), label = dialog.Item(2);
-    ::SetWindowTextW(label, L"https://example.test/a?b=1&c=2");
-    ExtStatic link;
-    ASSERT_TRUE(link.Attach(label));
-    OpenLog log;
-    link.SetLink(std::wstring(), log.opener());
-
-    EXPECT_EQ(L"https://example.test/a?b=1&c=2", TextOf(label));
+LOGFONTW FontOf(HWND control) {
     LOGFONTW lf{};
-    ::GetObjectW(reinterpret_cast<HFONT>(::SendMessageW(label, WM_GETFONT, 0, 0)), sizeof(lf), &lf);
-    EXPECT_TRUE(lf.lfUnderline);
-    // Readable: the link colour stands out from the background it is drawn on.
-    HDC dc = ::GetDC(dialog.hwnd());
-    ::SendMessageW(dialog.hwnd(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc),
-                   reinterpret_cast<LPARAM>(label));
-    auto luminance = [](COLORREF c) { return (299 * GetRValue(c) + 587 * GetGValue(c) + 114 * GetBValue(c)) / 1000; };
-    EXPECT_GE(std::abs(luminance(::GetTextColor(dc)) - luminance(::GetBkColor(dc))), 80);
-    ::ReleaseDC(dialog.hwnd(), dc);
-    ::SendMessageW(label, WM_SETCURSOR, reinterpret_cast<WPARAM>(label), MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
-    EXPECT_EQ(::LoadCursorW(nullptr, IDC_HAND), ::GetCursor());
-
-    ::SendMessageW(label, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
-    ::SendMessageW(label, WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
-    ::SendMessageW(label, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
-    ::SendMessageW(label, WM_LBUTTONUP, 0, MAKELPARAM(500, 3));  // released outside
-    ASSERT_EQ(1u, log.opened.size());
-    EXPECT_EQ(L"https://example.test/a?b=1&c=2", log.opened[0]);
-
-    // Tab reaches it; Enter opens it instead of pressing the default button.
-    ::SetFocus(button);
-    ::SendMessageW(dialog.hwnd(), WM_NEXTDLGCTL, 0, FALSE);
-    ASSERT_EQ(label, ::GetFocus());
-    MSG enter{label, WM_KEYDOWN, VK_RETURN, 0, 0, {}};
-    EXPECT_TRUE(::IsDialogMessageW(dialog.hwnd(), &enter));
-    EXPECT_EQ(0, dialog.ok_commands);
-    MSG space{label, WM_KEYDOWN, VK_SPACE, 0, 0, {}};
-    ::IsDialogMessageW(dialog.hwnd(), &space);
-    EXPECT_EQ(3u, log.opened.size());
+    ::GetObjectW(reinterpret_cast<HFONT>(::SendMessageW(control, WM_GETFONT, 0, 0)), sizeof(lf), &lf);
+    return lf;
 }
 
-TEST(ExtStatic, AnswersThePaintingOfItsTextThroughTheParent) {
+// A link, a plain, a transparent red and a framed static in one dialog.
+TEST(ExtStatic, LinksOpenByMouseAndKeyboardAndStaticsAnswerTheirPaintingThroughTheParent) {
     HostDialog dialog(DialogTemplate(WS_POPUP, 200, 80)
-                          .Control(L"STATIC", 1, 0, 10, 10, 100, 10)
-                          .Control(L"STATIC", 2, 0, 10, 25, 100, 10)
-                          .Control(L"STATIC", 3, 0, 10, 40, 100, 10));
-    HWND plain = dialog.Item(1), clear = dialog.Item(2), framed = dialog.Item(3);
-    ExtStatic untouched, transparent, coloured;
-    ASSERT_TRUE(untouched.Attach(plain));
-    ASSERT_TRUE(transparent.Attach(clear));
-    ASSERT_TRUE(coloured.Attach(framed));
+                          .Control(L"BUTTON", IDOK, WS_TABSTOP | BS_DEFPUSHBUTTON, 10, 10, 50, 14)
+                          .Control(L"STATIC", 2, 0, 10, 30, 150, 10)
+                          .Control(L"STATIC", 3, 0, 10, 45, 100, 10)
+                          .Control(L"STATIC", 4, 0, 10, 55, 100, 10)
+                          .Control(L"STATIC", 5, 0, 10, 65, 100, 10));
+    HWND button = dialog.Item(IDOK), label = dialog.Item(2);
+    ::SetWindowTextW(label, L"https://example.test/a?b=1&c=2");
+    ExtStatic link, untouched, transparent, coloured;
+    ASSERT_TRUE(link.Attach(label) && untouched.Attach(dialog.Item(3)) &&
+                transparent.Attach(dialog.Item(4)) && coloured.Attach(dialog.Item(5)));
+    std::vector<std::wstring> opened;
+    link.SetLink(std::wstring(), [&](HWND, const std::wstring& target) {
+        opened.push_back(target);
+        return true;
+    });
     transparent.SetTransparent();
     transparent.SetTextColor(RGB(200, 0, 0));
     coloured.SetBackground(RGB(1, 2, 3));
@@ -161,21 +121,46 @@ TEST(ExtStatic, AnswersThePaintingOfItsTextThroughTheParent) {
                                                         reinterpret_cast<WPARAM>(dc),
                                                         reinterpret_cast<LPARAM>(control)));
     };
-    ask(plain);
+    // Readable: the link colour stands out from the background it is drawn on.
+    ask(label);
+    auto luminance = [](COLORREF c) {
+        return (299 * GetRValue(c) + 587 * GetGValue(c) + 114 * GetBValue(c)) / 1000;
+    };
+    EXPECT_GE(std::abs(luminance(::GetTextColor(dc)) - luminance(::GetBkColor(dc))), 80);
+    ask(dialog.Item(3));
     EXPECT_NE(RGB(200, 0, 0), ::GetTextColor(dc));
-    EXPECT_EQ(::GetStockObject(NULL_BRUSH), ask(clear));
+    EXPECT_EQ(::GetStockObject(NULL_BRUSH), ask(dialog.Item(4)));
     EXPECT_EQ(TRANSPARENT, ::GetBkMode(dc));
     EXPECT_EQ(RGB(200, 0, 0), ::GetTextColor(dc));
     LOGBRUSH lb{};
-    ::GetObjectW(ask(framed), sizeof(lb), &lb);
+    ::GetObjectW(ask(dialog.Item(5)), sizeof(lb), &lb);
     EXPECT_EQ(RGB(1, 2, 3), lb.lbColor);
     EXPECT_EQ(RGB(1, 2, 3), ::GetBkColor(dc));
     ::ReleaseDC(dialog.hwnd(), dc);
+    EXPECT_STREQ(L"Tahoma", FontOf(dialog.Item(5)).lfFaceName);
+    EXPECT_EQ(FW_BOLD, FontOf(dialog.Item(5)).lfWeight);
 
-    LOGFONTW lf{};
-    ::GetObjectW(reinterpret_cast<HFONT>(::SendMessageW(framed, WM_GETFONT, 0, 0)), sizeof(lf), &lf);
-    EXPECT_STREQ(L"Tahoma", lf.lfFaceName);
-    EXPECT_EQ(FW_BOLD, lf.lfWeight);
+    EXPECT_EQ(L"https://example.test/a?b=1&c=2", TextOf(label));
+    EXPECT_TRUE(FontOf(label).lfUnderline);
+    ::SendMessageW(label, WM_SETCURSOR, reinterpret_cast<WPARAM>(label),
+                   MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+    EXPECT_EQ(::LoadCursorW(nullptr, IDC_HAND), ::GetCursor());
+    ::SendMessageW(label, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+    ::SendMessageW(label, WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
+    ::SendMessageW(label, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+    ::SendMessageW(label, WM_LBUTTONUP, 0, MAKELPARAM(500, 3));  // released outside
+    EXPECT_EQ(std::vector<std::wstring>{L"https://example.test/a?b=1&c=2"}, opened);
+
+    // Tab reaches it; Enter opens it instead of pressing the default button.
+    ::SetFocus(button);
+    ::SendMessageW(dialog.hwnd(), WM_NEXTDLGCTL, 0, FALSE);
+    ASSERT_EQ(label, ::GetFocus());
+    MSG enter{label, WM_KEYDOWN, VK_RETURN, 0, 0, {}};
+    EXPECT_TRUE(::IsDialogMessageW(dialog.hwnd(), &enter));
+    EXPECT_EQ(0, dialog.ok_commands);
+    MSG space{label, WM_KEYDOWN, VK_SPACE, 0, 0, {}};
+    ::IsDialogMessageW(dialog.hwnd(), &space);
+    EXPECT_EQ(3u, opened.size());
 }
 
 }  // namespace
