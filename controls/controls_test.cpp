@@ -1,51 +1,74 @@
-// The level slider and the sheet's tab strip in a dialog, driven through the
-// messages the system and the user send them.
-#include "controls/bitmap_slider.h"
-
-#include <gtest/gtest.h>
+// The owner-drawn controls in one dialog, as settings templates hold them,
+// driven through the messages the system and the user send them.
+#include <windows.h>
 
 #include <commctrl.h>
+#include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <string>
 #include <vector>
 
+#include "common_src/win32/dialog.h"
 #include "common_src/win32/dialog_template_test_util.h"
+#include "controls/bitmap_slider.h"
+#include "controls/digit_edit.h"
+#include "controls/ext_static.h"
 #include "controls/tab_strip.h"
 
 namespace velk::controls {
 namespace {
 
-constexpr int kVertical = 100, kHorizontal = 101, kTabs = 102;
+constexpr int kVertical = 100, kHorizontal = 101, kTabs = 102, kEdit = 103, kLink = 104,
+              kPlain = 105, kClear = 106, kFramed = 107;
 
 struct Notice {
     UINT msg;
     int code;
     int pos;
 };
-std::vector<Notice> g_notices;  // what the dialog heard from its sliders
 
-INT_PTR CALLBACK RecordingProc(HWND, UINT msg, WPARAM wp, LPARAM) {
-    if (msg == WM_VSCROLL || msg == WM_HSCROLL)
-        g_notices.push_back({msg, LOWORD(wp), HIWORD(wp)});
-    return msg == WM_INITDIALOG;
-}
+// Records what its sliders say and counts the OK commands; hands the rest to
+// the controls' objects.
+class Host : public win32::Dialog {
+public:
+    std::vector<Notice> notices;
+    int ok_commands = 0;
+
+protected:
+    bool ProcessMessage(UINT msg, WPARAM wp, LPARAM, LRESULT& result) override {
+        if (msg == WM_VSCROLL || msg == WM_HSCROLL)
+            notices.push_back({msg, LOWORD(wp), HIWORD(wp)});
+        if (msg == WM_COMMAND && LOWORD(wp) == IDOK) {
+            ++ok_commands;
+            return true;
+        }
+        result = TRUE;
+        return msg == WM_INITDIALOG;
+    }
+};
 
 // Two sliders on static placeholders (taller than wide: vertical; wider than
-// tall: horizontal), a tab control and an OK button, as settings templates
-// hold them.
+// tall: horizontal), a tab control, an edit, the default button followed by
+// a link, and three more statics.
 class ControlsInDialog : public ::testing::Test {
 protected:
     void SetUp() override {
         INITCOMMONCONTROLSEX icc{sizeof(icc), ICC_TAB_CLASSES};
         ::InitCommonControlsEx(&icc);
-        win32::testing::DialogTemplate t(WS_POPUP | WS_VISIBLE, 300, 150);
+        win32::testing::DialogTemplate t(WS_POPUP | WS_VISIBLE, 300, 190);
         t.Control(L"STATIC", kVertical, WS_TABSTOP | SS_NOTIFY, 10, 10, 40, 90)
             .Control(L"STATIC", kHorizontal, WS_TABSTOP | SS_NOTIFY, 60, 10, 120, 24)
             .Control(WC_TABCONTROLW, kTabs, 0, 60, 50, 230, 60)
-            .Control(L"BUTTON", IDOK, WS_TABSTOP | BS_DEFPUSHBUTTON, 240, 120, 50, 14);
-        dialog_ = ::CreateDialogIndirectParamW(::GetModuleHandleW(nullptr), t.get(), nullptr,
-                                               &RecordingProc, 0);
+            .Control(L"EDIT", kEdit, WS_BORDER | ES_AUTOHSCROLL, 10, 120, 100, 14)
+            .Control(L"BUTTON", IDOK, WS_TABSTOP | BS_DEFPUSHBUTTON, 240, 120, 50, 14)
+            .Control(L"STATIC", kLink, 0, 10, 140, 150, 10)
+            .Control(L"STATIC", kPlain, 0, 10, 152, 100, 10)
+            .Control(L"STATIC", kClear, 0, 10, 164, 100, 10)
+            .Control(L"STATIC", kFramed, 0, 10, 176, 100, 10);
+        dialog_ = host_.CreateModelessIndirect(t.get(), nullptr);
         ASSERT_NE(nullptr, dialog_);
         for (BitmapSlider* slider : {&vertical_, &horizontal_})
             slider->SetStops({L"High", L"Medium", L"Low"}, {L"tip high", L"tip medium", L"tip low"},
@@ -53,9 +76,8 @@ protected:
         ASSERT_TRUE(vertical_.TakeOver(dialog_, kVertical));
         ASSERT_TRUE(horizontal_.TakeOver(dialog_, kHorizontal));
         EXPECT_FALSE(vertical_.TakeOver(dialog_, kVertical));
-        g_notices.clear();
+        host_.notices.clear();
     }
-    void TearDown() override { ::DestroyWindow(dialog_); }
 
     HWND Item(int id) const { return ::GetDlgItem(dialog_, id); }
     // A key as the dialog manager delivers it from the message loop.
@@ -72,13 +94,14 @@ protected:
     }
     std::vector<int> Codes(UINT msg) const {
         std::vector<int> codes;
-        for (const Notice& n : g_notices) {
+        for (const Notice& n : host_.notices) {
             EXPECT_EQ(msg, n.msg);
             codes.push_back(n.code);
         }
         return codes;
     }
 
+    Host host_;
     HWND dialog_ = nullptr;
     BitmapSlider vertical_, horizontal_;
 };
@@ -103,11 +126,11 @@ TEST_F(ControlsInDialog, SliderKeysMoveItLikeAVerticalTrackbarAndItsTextNamesThe
               Codes(WM_VSCROLL));
 
     // Set by the page: moves without a notification, clamped to the stops.
-    g_notices.clear();
+    host_.notices.clear();
     ::SendDlgItemMessageW(dialog_, kVertical, TBM_SETPOS, TRUE, 9);
     EXPECT_EQ(2, Pos(kVertical));
     EXPECT_EQ(2, ::SendDlgItemMessageW(dialog_, kVertical, TBM_GETRANGEMAX, 0, 0));
-    EXPECT_TRUE(g_notices.empty());
+    EXPECT_TRUE(host_.notices.empty());
 }
 
 TEST_F(ControlsInDialog, SliderMouseDragsBetweenStopsAndReportsTheDropLikeATrackbar) {
@@ -129,9 +152,9 @@ TEST_F(ControlsInDialog, SliderMouseDragsBetweenStopsAndReportsTheDropLikeATrack
     const std::vector<int> codes = Codes(WM_HSCROLL);
     ASSERT_GE(codes.size(), 4u);
     EXPECT_EQ(TB_THUMBTRACK, codes[1]);
-    EXPECT_EQ(1, g_notices[1].pos);
+    EXPECT_EQ(1, host_.notices[1].pos);
     EXPECT_EQ(TB_THUMBPOSITION, codes[codes.size() - 2]);
-    EXPECT_EQ(2, g_notices[codes.size() - 2].pos);
+    EXPECT_EQ(2, host_.notices[codes.size() - 2].pos);
     EXPECT_EQ(TB_ENDTRACK, codes.back());
 }
 
@@ -227,6 +250,126 @@ TEST_F(ControlsInDialog, TabStripPaintsSelectedAndHotTabsInTheProductsColours) {
     ::SendMessageW(tab, WM_LBUTTONUP, 0, first);
     EXPECT_EQ(0, ::SendMessageW(tab, TCM_GETCURSEL, 0, 0));
     EXPECT_EQ(colours.selected, fill(0));
+}
+
+std::wstring TextOf(HWND hwnd) {
+    wchar_t buffer[256] = L"";
+    ::GetWindowTextW(hwnd, buffer, 256);
+    return buffer;
+}
+
+bool PutOnClipboard(HWND owner, const std::wstring& text) {
+    if (!::OpenClipboard(owner))
+        return false;
+    ::EmptyClipboard();
+    HGLOBAL data = ::GlobalAlloc(GMEM_MOVEABLE, (text.size() + 1) * sizeof(wchar_t));
+    std::memcpy(::GlobalLock(data), text.c_str(), (text.size() + 1) * sizeof(wchar_t));
+    ::GlobalUnlock(data);
+    const bool put = ::SetClipboardData(CF_UNICODETEXT, data) != nullptr;
+    ::CloseClipboard();
+    return put;
+}
+
+TEST_F(ControlsInDialog, DigitEditRefusesTypedAndPastedNonDigits) {
+    HWND edit = Item(kEdit);
+    DigitEdit digits;
+    ASSERT_TRUE(digits.Attach(edit));
+
+    for (wchar_t c : std::wstring(L"1a2 -3"))
+        ::SendMessageW(edit, WM_CHAR, c, 0);
+    EXPECT_EQ(L"123", TextOf(edit));
+    ::SendMessageW(edit, WM_CHAR, VK_BACK, 0);  // editing keys still work
+    EXPECT_EQ(L"12", TextOf(edit));
+
+    ::SendMessageW(edit, EM_SETSEL, 2, 2);
+    ASSERT_TRUE(PutOnClipboard(edit, L"4x5"));
+    ::SendMessageW(edit, WM_PASTE, 0, 0);
+    EXPECT_EQ(L"12", TextOf(edit)) << "a paste holding a letter changes nothing";
+    ASSERT_TRUE(PutOnClipboard(edit, L" 345\r\n"));
+    ::SendMessageW(edit, WM_PASTE, 0, 0);
+    EXPECT_EQ(L"12345", TextOf(edit)) << "blanks around a copied number are dropped";
+
+    // Another program inserting text directly meets the same rule.
+    ::SendMessageW(edit, EM_SETSEL, 0, -1);
+    ::SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L"7e3"));
+    EXPECT_EQ(L"12345", TextOf(edit));
+    ::SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L"9"));
+    EXPECT_EQ(L"9", TextOf(edit));
+    // The owner may still show what it read, as it read it.
+    ::SetWindowTextW(edit, L"30d");
+    EXPECT_EQ(L"30d", TextOf(edit));
+}
+
+LOGFONTW FontOf(HWND control) {
+    LOGFONTW lf{};
+    ::GetObjectW(reinterpret_cast<HFONT>(::SendMessageW(control, WM_GETFONT, 0, 0)), sizeof(lf), &lf);
+    return lf;
+}
+
+// A link, a plain, a transparent red and a framed static.
+TEST_F(ControlsInDialog, ExtStaticLinksOpenByMouseAndKeyboardAndStaticsAnswerTheirPainting) {
+    HWND button = Item(IDOK), label = Item(kLink);
+    ::SetWindowTextW(label, L"https://example.test/a?b=1&c=2");
+    ExtStatic link, untouched, transparent, coloured;
+    ASSERT_TRUE(link.Attach(label) && untouched.Attach(Item(kPlain)) &&
+                transparent.Attach(Item(kClear)) && coloured.Attach(Item(kFramed)));
+    std::vector<std::wstring> opened;
+    link.SetLink(std::wstring(), [&](HWND, const std::wstring& target) {
+        opened.push_back(target);
+        return true;
+    });
+    transparent.SetTransparent();
+    transparent.SetTextColor(RGB(200, 0, 0));
+    coloured.SetBackground(RGB(1, 2, 3));
+    coloured.SetFont(L"Tahoma", 14, FW_BOLD);
+
+    HDC dc = ::GetDC(dialog_);
+    auto ask = [&](HWND control) {
+        ::SetBkMode(dc, OPAQUE);
+        return reinterpret_cast<HGDIOBJ>(::SendMessageW(dialog_, WM_CTLCOLORSTATIC,
+                                                        reinterpret_cast<WPARAM>(dc),
+                                                        reinterpret_cast<LPARAM>(control)));
+    };
+    // Readable: the link colour stands out from the background it is drawn on.
+    ask(label);
+    auto luminance = [](COLORREF c) {
+        return (299 * GetRValue(c) + 587 * GetGValue(c) + 114 * GetBValue(c)) / 1000;
+    };
+    EXPECT_GE(std::abs(luminance(::GetTextColor(dc)) - luminance(::GetBkColor(dc))), 80);
+    ask(Item(kPlain));
+    EXPECT_NE(RGB(200, 0, 0), ::GetTextColor(dc));
+    EXPECT_EQ(::GetStockObject(NULL_BRUSH), ask(Item(kClear)));
+    EXPECT_EQ(TRANSPARENT, ::GetBkMode(dc));
+    EXPECT_EQ(RGB(200, 0, 0), ::GetTextColor(dc));
+    LOGBRUSH lb{};
+    ::GetObjectW(ask(Item(kFramed)), sizeof(lb), &lb);
+    EXPECT_EQ(RGB(1, 2, 3), lb.lbColor);
+    EXPECT_EQ(RGB(1, 2, 3), ::GetBkColor(dc));
+    ::ReleaseDC(dialog_, dc);
+    EXPECT_STREQ(L"Tahoma", FontOf(Item(kFramed)).lfFaceName);
+    EXPECT_EQ(FW_BOLD, FontOf(Item(kFramed)).lfWeight);
+
+    EXPECT_EQ(L"https://example.test/a?b=1&c=2", TextOf(label));
+    EXPECT_TRUE(FontOf(label).lfUnderline);
+    ::SendMessageW(label, WM_SETCURSOR, reinterpret_cast<WPARAM>(label),
+                   MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+    EXPECT_EQ(::LoadCursorW(nullptr, IDC_HAND), ::GetCursor());
+    ::SendMessageW(label, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+    ::SendMessageW(label, WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
+    ::SendMessageW(label, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+    ::SendMessageW(label, WM_LBUTTONUP, 0, MAKELPARAM(500, 3));  // released outside
+    EXPECT_EQ(std::vector<std::wstring>{L"https://example.test/a?b=1&c=2"}, opened);
+
+    // Tab reaches it; Enter opens it instead of pressing the default button.
+    ::SetFocus(button);
+    ::SendMessageW(dialog_, WM_NEXTDLGCTL, 0, FALSE);
+    ASSERT_EQ(label, ::GetFocus());
+    MSG enter{label, WM_KEYDOWN, VK_RETURN, 0, 0, {}};
+    EXPECT_TRUE(::IsDialogMessageW(dialog_, &enter));
+    EXPECT_EQ(0, host_.ok_commands);
+    MSG space{label, WM_KEYDOWN, VK_SPACE, 0, 0, {}};
+    ::IsDialogMessageW(dialog_, &space);
+    EXPECT_EQ(3u, opened.size());
 }
 
 }  // namespace
