@@ -252,12 +252,6 @@ TEST_F(ControlsInDialog, TabStripPaintsSelectedAndHotTabsInTheProductsColours) {
     EXPECT_EQ(colours.selected, fill(0));
 }
 
-std::wstring TextOf(HWND hwnd) {
-    wchar_t buffer[256] = L"";
-    ::GetWindowTextW(hwnd, buffer, 256);
-    return buffer;
-}
-
 bool PutOnClipboard(HWND owner, const std::wstring& text) {
     if (!::OpenClipboard(owner))
         return false;
@@ -277,27 +271,27 @@ TEST_F(ControlsInDialog, DigitEditRefusesTypedAndPastedNonDigits) {
 
     for (wchar_t c : std::wstring(L"1a2 -3"))
         ::SendMessageW(edit, WM_CHAR, c, 0);
-    EXPECT_EQ(L"123", TextOf(edit));
+    EXPECT_EQ(L"123", Text(kEdit));
     ::SendMessageW(edit, WM_CHAR, VK_BACK, 0);  // editing keys still work
-    EXPECT_EQ(L"12", TextOf(edit));
+    EXPECT_EQ(L"12", Text(kEdit));
 
     ::SendMessageW(edit, EM_SETSEL, 2, 2);
     ASSERT_TRUE(PutOnClipboard(edit, L"4x5"));
     ::SendMessageW(edit, WM_PASTE, 0, 0);
-    EXPECT_EQ(L"12", TextOf(edit)) << "a paste holding a letter changes nothing";
+    EXPECT_EQ(L"12", Text(kEdit)) << "a paste holding a letter changes nothing";
     ASSERT_TRUE(PutOnClipboard(edit, L" 345\r\n"));
     ::SendMessageW(edit, WM_PASTE, 0, 0);
-    EXPECT_EQ(L"12345", TextOf(edit)) << "blanks around a copied number are dropped";
+    EXPECT_EQ(L"12345", Text(kEdit)) << "blanks around a copied number are dropped";
 
     // Another program inserting text directly meets the same rule.
     ::SendMessageW(edit, EM_SETSEL, 0, -1);
     ::SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L"7e3"));
-    EXPECT_EQ(L"12345", TextOf(edit));
+    EXPECT_EQ(L"12345", Text(kEdit));
     ::SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L"9"));
-    EXPECT_EQ(L"9", TextOf(edit));
+    EXPECT_EQ(L"9", Text(kEdit));
     // The owner may still show what it read, as it read it.
     ::SetWindowTextW(edit, L"30d");
-    EXPECT_EQ(L"30d", TextOf(edit));
+    EXPECT_EQ(L"30d", Text(kEdit));
 }
 
 LOGFONTW FontOf(HWND control) {
@@ -349,7 +343,7 @@ TEST_F(ControlsInDialog, ExtStaticLinksOpenByMouseAndKeyboardAndStaticsAnswerThe
     EXPECT_STREQ(L"Tahoma", FontOf(Item(kFramed)).lfFaceName);
     EXPECT_EQ(FW_BOLD, FontOf(Item(kFramed)).lfWeight);
 
-    EXPECT_EQ(L"https://example.test/a?b=1&c=2", TextOf(label));
+    EXPECT_EQ(L"https://example.test/a?b=1&c=2", Text(kLink));
     EXPECT_TRUE(FontOf(label).lfUnderline);
     ::SendMessageW(label, WM_SETCURSOR, reinterpret_cast<WPARAM>(label),
                    MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
