@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <numeric>
 
-#include "common_src/win32/reflection.h"
 #include "common_src/win32/window_class.h"
 
 namespace velk::controls::testing {
@@ -12,10 +11,6 @@ namespace {
 constexpr wchar_t kHostClass[] = L"VelkVirtualListHost";
 constexpr int kListId = 100;
 }  // namespace
-
-NumberedRows::NumberedRows(std::size_t count) {
-    Resize(count);
-}
 
 void NumberedRows::Resize(std::size_t count) {
     order_.resize(count);
@@ -60,19 +55,6 @@ void ListHost::ShowList(ListRows& rows) {
     list_.Attach(list, rows, L"E-mail Address", L"Sender Name");
     ::RedrawWindow(list, nullptr, nullptr,
                    RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
-}
-
-void ListHost::DestroyList() {
-    if (HWND list = list_.hwnd())
-        ::DestroyWindow(list);
-}
-
-ListHost::~ListHost() {
-    Destroy();
-}
-
-bool ListHost::ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) {
-    return win32::ReflectToOwner(hwnd(), msg, wp, lp, result);
 }
 
 void Pump() {

@@ -5,10 +5,10 @@
 #include <windows.h>
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "common_src/win32/reflection.h"
 #include "common_src/win32/window.h"
 #include "controls/virtual_list_view.h"
 
@@ -18,7 +18,7 @@ namespace velk::controls::testing {
 // permutation, and every cell read is counted.
 class NumberedRows : public ListRows {
 public:
-    explicit NumberedRows(std::size_t count);
+    explicit NumberedRows(std::size_t count) { Resize(count); }
     std::size_t RowCount() const override { return order_.size(); }
     std::wstring CellText(std::size_t row, int column) const override;
     void SortBy(int column, bool ascending) override;
@@ -37,17 +37,22 @@ class ListHost : public win32::Window {
 public:
     // Without rows the host starts empty, for ShowList.
     explicit ListHost(ListRows* rows);
-    ~ListHost() override;
+    ~ListHost() override { Destroy(); }
     VirtualListView& list() { return list_; }
     HWND list_hwnd() const { return list_.hwnd(); }
 
     // Creates the list over `rows` (destroying one shown before) and
     // paints it.
     void ShowList(ListRows& rows);
-    void DestroyList();
+    void DestroyList() {
+        if (HWND list = list_.hwnd())
+            ::DestroyWindow(list);
+    }
 
 protected:
-    bool ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) override;
+    bool ProcessMessage(UINT msg, WPARAM wp, LPARAM lp, LRESULT& result) override {
+        return win32::ReflectToOwner(hwnd(), msg, wp, lp, result);
+    }
 
 private:
     VirtualListView list_;

@@ -1,5 +1,6 @@
 #include "common_src/QzCommon/QzComn_test_util.h"
 
+#include <algorithm>
 #include <atomic>
 #include <fstream>
 #include <iterator>
@@ -46,15 +47,15 @@ std::wstring WideOf(const fs::path& path) {
 #endif
 }
 
+std::string ReadWhole(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
 }  // namespace
 
-TempFolder::TempFolder() {
-    for (int attempt = 0; attempt < 100 && m_dir.empty(); ++attempt) {
-        fs::path candidate = fs::temp_directory_path() / ("velk_test_" + Unique());
-        if (fs::create_directory(candidate))
-            m_dir = candidate;
-    }
-    if (m_dir.empty())
+TempFolder::TempFolder() : m_dir(fs::temp_directory_path() / ("velk_test_" + Unique())) {
+    if (!fs::create_directory(m_dir))
         throw std::runtime_error("no temporary folder");
     m_path = WideOf(m_dir) + static_cast<wchar_t>(fs::path::preferred_separator);
 }
@@ -70,10 +71,8 @@ TempFolder::~TempFolder() {
 
 fs::path TempFolder::File(const std::wstring& relative) const {
     std::wstring name = relative;
-    for (wchar_t& c : name) {
-        if (c == L'\\' || c == L'/')
-            c = static_cast<wchar_t>(fs::path::preferred_separator);
-    }
+    const wchar_t native = static_cast<wchar_t>(fs::path::preferred_separator);
+    std::replace(name.begin(), name.end(), native == L'/' ? L'\\' : L'/', native);
     return m_dir / PathOf(name);
 }
 
@@ -91,8 +90,7 @@ void TempFolder::WriteFile(const std::wstring& relative, const std::string& byte
 }
 
 std::string TempFolder::ReadFile(const std::wstring& relative) const {
-    std::ifstream in(File(relative), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return ReadWhole(File(relative));
 }
 
 bool TempFolder::Exists(const std::wstring& relative) const {
@@ -105,8 +103,7 @@ std::string CaptureLog(const TempFolder& folder, const std::function<void()>& bo
     body();
     const std::wstring path = velk::log::CurrentPath();
     velk::log::Close();
-    std::ifstream in(PathOf(path), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return ReadWhole(PathOf(path));
 }
 
 #ifdef _WIN32
@@ -125,15 +122,14 @@ TempKey::~TempKey() {
 
 void TempKey::SetRaw(const std::wstring& name, DWORD type, const void* data, DWORD bytes) const {
     HKEY key = nullptr;
-    if (::RegCreateKeyExW(m_root, m_path.c_str(), 0, nullptr, 0, KEY_SET_VALUE | m_view, nullptr,
-                          &key, nullptr) != ERROR_SUCCESS ||
-        ::RegSetValueExW(key, name.c_str(), 0, type, static_cast<const BYTE*>(data), bytes) !=
-            ERROR_SUCCESS) {
-        if (key)
-            ::RegCloseKey(key);
-        throw std::runtime_error("cannot set a test registry value");
+    LONG rc = ::RegCreateKeyExW(m_root, m_path.c_str(), 0, nullptr, 0, KEY_SET_VALUE | m_view,
+                                nullptr, &key, nullptr);
+    if (rc == ERROR_SUCCESS) {
+        rc = ::RegSetValueExW(key, name.c_str(), 0, type, static_cast<const BYTE*>(data), bytes);
+        ::RegCloseKey(key);
     }
-    ::RegCloseKey(key);
+    if (rc != ERROR_SUCCESS)
+        throw std::runtime_error("cannot set a test registry value");
 }
 
 #endif
