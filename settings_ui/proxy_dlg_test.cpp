@@ -58,8 +58,9 @@ TEST_F(ProxyDialog, AnOutOfRangePortIsWrittenBackAtOnceAndOkChecksHostAndPort) {
         ::SetDlgItemTextW(window, IDC_PROXY_HOST, t.host.c_str());
         ::SetDlgItemTextW(window, IDC_PROXY_PORT, t.port);
         EXPECT_EQ(t.warning, test::ClickAnswering(window, IDOK)) << t.port;
-        if (t.focus != 0)
+        if (t.focus != 0) {
             EXPECT_EQ(::GetDlgItem(window, t.focus), ::GetFocus()) << t.port;
+        }
     }
     EXPECT_FALSE(::IsWindow(window));
     EXPECT_EQ(L"yes", User(L"EnableProxy"));

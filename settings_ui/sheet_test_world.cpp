@@ -19,8 +19,6 @@ constexpr DWORD kStepTimeoutMs = 10000;
 constexpr UINT kFence = WM_USER + 900;
 constexpr wchar_t kEngineKey[] = L"SOFTWARE\\Nuvexa\\Tessaveli";
 
-Script* g_running = nullptr;
-
 QzLanguageEnvironment StagedLanguages() {
     QzLanguageEnvironment environment;
     environment.resourceRoot = std::wstring(VELK_TEST_DIST) + L"\\Resource\\";
@@ -30,14 +28,6 @@ QzLanguageEnvironment StagedLanguages() {
 std::string ReadFile(const std::wstring& path) {
     std::ifstream in(path.c_str(), std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-BOOL CALLBACK DestroyDialog(HWND hwnd, LPARAM) {
-    wchar_t name[16] = L"";
-    ::GetClassNameW(hwnd, name, 16);
-    if (std::wstring(name) == L"#32770")
-        ::DestroyWindow(hwnd);
-    return TRUE;
 }
 
 struct Answering {
@@ -56,60 +46,13 @@ BOOL CALLBACK AnswerBox(HWND box, LPARAM) {
 
 }  // namespace
 
-Script& Script::Then(Step step) {
-    steps_.push_back(std::move(step));
-    return *this;
-}
-
-Script& Script::Do(std::function<void()> action) {
-    return Then([action] {
-        action();
-        return true;
-    });
-}
-
-Script& Script::Wait(DWORD ms) {
-    auto started = std::make_shared<DWORD>(0);
-    return Then([started, ms] {
-        if (*started == 0)
-            *started = ::GetTickCount() | 1;
-        return ::GetTickCount() - *started >= ms;
-    });
-}
+Script::Script() : ModalScript(kStepTimeoutMs) {}
 
 bool Script::Run(const std::function<void()>& modal) {
-    next_ = 0;
-    timed_out_ = false;
-    step_started_ = ::GetTickCount();
-    g_running = this;
-    const UINT_PTR timer = ::SetTimer(nullptr, 0, 25, &Tick);
-    modal();
-    ::KillTimer(nullptr, timer);
-    g_running = nullptr;
-    return !timed_out_ && next_ == steps_.size();
-}
-
-void CALLBACK Script::Tick(HWND, UINT, UINT_PTR, DWORD) {
-    if (g_running != nullptr)
-        g_running->OnTick();
-}
-
-void Script::OnTick() {
-    // A step may run a message loop of its own (a message box): the timer
-    // must not start the next step inside it.
-    if (busy_ || next_ >= steps_.size())
-        return;
-    busy_ = true;
-    if (steps_[next_]()) {
-        ++next_;
-        step_started_ = ::GetTickCount();
-    } else if (::GetTickCount() - step_started_ > kStepTimeoutMs) {
-        ADD_FAILURE() << "step " << next_ << " did not finish";
-        timed_out_ = true;
-        next_ = steps_.size();
-        ::EnumThreadWindows(::GetCurrentThreadId(), &DestroyDialog, 0);
-    }
-    busy_ = false;
+    const bool finished = ModalScript::Run(modal);
+    if (timed_out())
+        ADD_FAILURE() << "step " << stopped_at() << " did not finish";
+    return finished;
 }
 
 HWND FindDialog(const std::wstring& caption) {

@@ -12,35 +12,18 @@
 
 #include "common_src/win32/QzResourceStringLoader.h"
 #include "common_src/win32/handles.h"
+#include "common_src/win32/modal_script.h"
 #include "common_src/win32/ui_context.h"
 #include "demo/driver/child_process.h"
 
 namespace velk::settings_ui::test {
 
-// Steps run one at a time from a thread timer while a modal loop runs: a
-// step returns true when done. A step that does not finish within 10 s ends
-// the run (every dialog of the thread destroyed) and fails it.
-class Script {
+// The settings windows' tests drive them from their own modal loop; a step
+// that does not finish within 10 s ends the run and fails the test.
+class Script : public win32::ModalScript {
 public:
-    using Step = std::function<bool()>;
-
-    Script& Then(Step step);
-    Script& Do(std::function<void()> action);
-    Script& Wait(DWORD ms);
-
-    // Runs `modal` (which returns when the modal window closes) with the
-    // steps ticking. True when every step finished.
+    Script();
     bool Run(const std::function<void()>& modal);
-
-private:
-    static void CALLBACK Tick(HWND, UINT, UINT_PTR, DWORD);
-    void OnTick();
-
-    std::vector<Step> steps_;
-    size_t next_ = 0;
-    DWORD step_started_ = 0;
-    bool busy_ = false;
-    bool timed_out_ = false;
 };
 
 // A top-level dialog of this thread by caption; null when none.

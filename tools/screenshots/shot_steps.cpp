@@ -17,18 +17,10 @@ constexpr DWORD kStepTimeoutMs = 15000;
 // settle within a few frames of the display.
 constexpr DWORD kPaintSettleMs = 150;
 
-Steps* g_running = nullptr;
-
 bool IsDialog(HWND window) {
     wchar_t name[16] = L"";
     ::GetClassNameW(window, name, 16);
     return std::wstring(name) == L"#32770";
-}
-
-BOOL CALLBACK DestroyDialog(HWND window, LPARAM) {
-    if (IsDialog(window))
-        ::DestroyWindow(window);
-    return TRUE;
 }
 
 struct Search {
@@ -95,28 +87,21 @@ bool CaptureArea(const RECT& area, demo::Picture& out) {
     return true;
 }
 
+Steps::Steps(Album& album) : album_(album), script_(kStepTimeoutMs) {}
+
 Steps& Steps::Until(std::wstring what, std::function<bool()> done) {
-    steps_.push_back(Step{std::move(what), std::move(done)});
+    script_.Then(std::move(what), std::move(done));
     return *this;
 }
 
 Steps& Steps::Do(std::function<void()> action) {
-    return Until(L"", [action] {
-        action();
-        return true;
-    });
+    script_.Do(std::move(action));
+    return *this;
 }
 
 Steps& Steps::Wait(DWORD ms) {
-    auto started = std::make_shared<DWORD>(0);
-    return Until(L"", [started, ms] {
-        if (*started == 0)
-            *started = ::GetTickCount() | 1;
-        if (::GetTickCount() - *started < ms)
-            return false;
-        *started = 0;
-        return true;
-    });
+    script_.Wait(ms);
+    return *this;
 }
 
 Steps& Steps::Shoot(const std::wstring& name, std::function<HWND()> find) {
@@ -149,44 +134,14 @@ Steps& Steps::Command(std::function<HWND()> find, int id) {
 }
 
 bool Steps::Run(const std::wstring& what, const std::function<void()>& modal) {
-    next_ = 0;
-    timed_out_ = false;
-    step_started_ = ::GetTickCount();
-    g_running = this;
-    const UINT_PTR timer = ::SetTimer(nullptr, 0, 25, &Tick);
-    modal();
-    ::KillTimer(nullptr, timer);
-    g_running = nullptr;
-    if (!timed_out_ && next_ < steps_.size()) {
-        // The window closed (or never opened) before its script was done.
-        const std::wstring& step = steps_[next_].what;
+    if (script_.Run(modal))
+        return true;
+    const std::wstring step = script_.stopped_what();
+    if (script_.timed_out())
+        album_.Fail(step.empty() ? L"a step timed out" : step);
+    else  // the window closed (or never opened) before its script was done
         album_.Fail(what + L" closed early" + (step.empty() ? L"" : L" (" + step + L")"));
-        return false;
-    }
-    return !timed_out_;
-}
-
-void CALLBACK Steps::Tick(HWND, UINT, UINT_PTR, DWORD) {
-    if (g_running != nullptr)
-        g_running->OnTick();
-}
-
-void Steps::OnTick() {
-    // A step may run a message loop of its own: the timer must not start
-    // the next step inside it.
-    if (busy_ || next_ >= steps_.size())
-        return;
-    busy_ = true;
-    if (steps_[next_].done()) {
-        ++next_;
-        step_started_ = ::GetTickCount();
-    } else if (::GetTickCount() - step_started_ > kStepTimeoutMs) {
-        album_.Fail(steps_[next_].what.empty() ? L"a step timed out" : steps_[next_].what);
-        timed_out_ = true;
-        next_ = steps_.size();
-        ::EnumThreadWindows(::GetCurrentThreadId(), &DestroyDialog, 0);
-    }
-    busy_ = false;
+    return false;
 }
 
 HWND FindControl(HWND root, int control_id) {

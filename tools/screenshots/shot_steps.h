@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "common_src/win32/modal_script.h"
 #include "demo/driver/screen_shot.h"
 
 namespace velk::screens {
@@ -40,7 +41,7 @@ bool CaptureArea(const RECT& area, demo::Picture& out);
 
 class Steps {
 public:
-    explicit Steps(Album& album) : album_(album) {}
+    explicit Steps(Album& album);
 
     // `done` is retried until it returns true; `what` names it in a failure.
     Steps& Until(std::wstring what, std::function<bool()> done);
@@ -60,19 +61,8 @@ public:
     bool Run(const std::wstring& what, const std::function<void()>& modal);
 
 private:
-    struct Step {
-        std::wstring what;
-        std::function<bool()> done;
-    };
-    static void CALLBACK Tick(HWND, UINT, UINT_PTR, DWORD);
-    void OnTick();
-
     Album& album_;
-    std::vector<Step> steps_;
-    std::size_t next_ = 0;
-    DWORD step_started_ = 0;
-    bool busy_ = false;
-    bool timed_out_ = false;
+    win32::ModalScript script_;
 };
 
 // A visible, enabled top-level dialog of this thread holding a control with
